@@ -1,0 +1,39 @@
+# What every target of the project is compiled with.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+option(RENEWER_ASAN "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+option(RENEWER_TSAN "Build with ThreadSanitizer" OFF)
+
+add_compile_options(-Wall -Wextra -Wconversion -Wshadow -Werror)
+if(RENEWER_ASAN)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(RENEWER_TSAN)
+  add_compile_options(-fsanitize=thread)
+  add_link_options(-fsanitize=thread)
+endif()
+
+# One static library per folder of src/, named renewer_<folder> with the alias renewer::<folder>.
+# LINKS names the libraries it may include from: an include against the arrows does not compile
+# far, since only what is named here is linked.
+#
+# What ships runs without exceptions and without RTTI, so that it needs no C++ runtime library.
+function(renewer_library folder)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(renewer_${folder} STATIC ${ARG_SOURCES})
+  add_library(renewer::${folder} ALIAS renewer_${folder})
+  renewer_shipping_options(renewer_${folder})
+  target_include_directories(renewer_${folder} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(renewer_${folder} PUBLIC ${ARG_LINKS})
+endfunction()
+
+function(renewer_shipping_options target)
+  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti
+                         -ffunction-sections -fdata-sections)
+endfunction()

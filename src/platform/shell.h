@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/owner.h"
+
+namespace renewer {
+
+// Runs one command line through the system shell and waits for it, as system() does. What the
+// program has printed so far is flushed first, so that its lines stay before those of the command
+// whatever standard output is.
+//
+// Returns the shell's wait status: 0 when the command succeeded, non-zero otherwise (-1 when no
+// shell could be started).
+int shell(const char *command);
+
+// Gives `text` in the form in which the shell takes it as one word: as it stands when it holds
+// nothing that the shell treats specially, in single quotes otherwise. Empty when there is no
+// memory for it.
+owned_memory<char> shell_word(const char *text);
+
+// Runs `command`, a blank and `argument` as one word (see `shell_word`). The line is never cut:
+// without memory for the whole line nothing is run.
+//
+// Returns the shell's wait status as `shell` does, -1 when nothing was run.
+int shell_with_argument(const char *command, const char *argument);
+
+} // namespace renewer

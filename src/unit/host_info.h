@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+
+namespace renewer {
+
+constexpr size_t host_info_size = 77;
+constexpr size_t host_pn_size = 70;
+
+// Who this unit is: the leading bytes of "/update/hw/sys" as they stand. PN character k is pn[k];
+// the text ends at its first zero byte or, when there is none, with the record.
+struct host_info {
+    char uninterpreted[host_info_size - host_pn_size];
+    char pn[host_pn_size];
+};
+static_assert(sizeof(host_info) == host_info_size);
+static_assert(offsetof(host_info, pn) == 7);
+
+// Reads the unit's host information file into `record`, which the caller has zeroed: what a short
+// file lacks stays zero, and so never matches a digit or a letter. Nothing is cached.
+//
+// Returns 1 when the file was opened and read; 0 for a null record or a file that cannot be
+// opened, which is reported on standard error with the prefix "open sys err".
+int get_local_host_info(host_info *record);
+
+// Whether PN characters `first` and `first` + 1 of the unit are `a` and `b`.
+bool host_pn_is(const host_info &host, size_t first, char a, char b);
+
+} // namespace renewer
