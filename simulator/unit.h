@@ -67,7 +67,9 @@ struct moment {
 inline moment after(std::string line, unit_time delay, int occurrence = 1) {
     return {std::move(line), delay, occurrence};
 }
-inline moment at(unit_time since_start) { return {"", since_start, 1}; }
+inline moment at(unit_time since_start) {
+    return {"", since_start, 1};
+}
 
 // Event codes of the front-panel keys.
 enum class key : uint16_t { ok = 2, right = 3, left = 4, down = 5, up = 6, esc = 7, power = 8 };
@@ -76,8 +78,8 @@ enum class key : uint16_t { ok = 2, right = 3, left = 4, down = 5, up = 6, esc =
 // environment variable RENEWER_KEEP_UNIT is set.
 struct outcome {
     std::vector<event> events;
-    int exit_status = -1;  // -1 when the program was ended by a signal or by the real-time limit
-    int ended_by = 0;      // the signal's number, 0 for none
+    int exit_status = -1;   // -1 when the program was ended by a signal or by the real-time limit
+    int ended_by = 0;       // the signal's number, 0 for none
     bool timed_out = false; // the real-time limit ended it (see `unit::patience`)
     long peak_memory_kib = 0;
     std::shared_ptr<const std::filesystem::path> tree;
@@ -135,8 +137,8 @@ public:
     unit &failing_key_device();
 
     // What happens during the run.
-    unit &press(key which, const moment &when);   // a press and, 100 ms later, its release; each
-                                                  // followed by a synchronisation event
+    unit &press(key which, const moment &when); // a press and, 100 ms later, its release; each
+                                                // followed by a synchronisation event
     unit &key_event(uint16_t code, int32_t value, const moment &when); // one 16-byte event
     unit &acknowledge_end(unit_time delay); // removes "/tmp/update_over" that long after it is made
     unit &remove(std::string_view path, const moment &when);
@@ -152,8 +154,8 @@ public:
     // Memory, files and processes that the program may use (setrlimit), by resource number.
     unit &limit(int resource, uint64_t value);
 
-    unit &clock_speed(double times);                  // default 40
-    unit &patience(std::chrono::seconds real_time);   // default 60 s; then the run is ended
+    unit &clock_speed(double times);                // default 40
+    unit &patience(std::chrono::seconds real_time); // default 60 s; then the run is ended
     unit &environment(std::string_view name, std::string_view value);
     // Called with each event as it happens.
     unit &watch(std::function<void(const event &)> watcher);

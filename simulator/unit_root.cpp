@@ -75,9 +75,9 @@ void show(const std::string &root, const std::string &path) {
 // Keeps what is shown of the desk from being written to. Flags that a mount already carries may
 // not be dropped in a user namespace, so the usual ones are named too.
 void protect(const std::string &target) {
-    for (const unsigned long kept : {0ul, static_cast<unsigned long>(MS_NODEV | MS_NOSUID),
-                                     static_cast<unsigned long>(MS_NOSUID),
-                                     static_cast<unsigned long>(MS_NODEV)}) {
+    for (const unsigned long kept :
+         {0ul, static_cast<unsigned long>(MS_NODEV | MS_NOSUID),
+          static_cast<unsigned long>(MS_NOSUID), static_cast<unsigned long>(MS_NODEV)}) {
         if (mount(nullptr, target.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY | kept,
                   nullptr) == 0) {
             return;
