@@ -130,9 +130,8 @@ TEST(install, what_a_good_script_leaves_running_goes_on) {
 }
 
 TEST(install, without_a_limit_the_script_has_its_time) {
-    const outcome end = usual_unit()
-                            .install_script("#!/bin/sh\nsleep 300\necho done\n")
-                            .run(unlimited);
+    const outcome end =
+        usual_unit().install_script("#!/bin/sh\nsleep 300\necho done\n").run(unlimited);
     EXPECT_TRUE(end.has("out wait -1 sec..."));
     EXPECT_FALSE(end.has("killall install.sh"));
     EXPECT_TRUE(succeeded(end));
