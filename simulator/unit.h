@@ -136,7 +136,7 @@ public:
     unit &dead_key_device();
     unit &failing_key_device();
 
-    // What happens during the run.
+    // What happens during the run. Key events carry as their time 1000 s and the moment's delay.
     unit &press(key which, const moment &when); // a press and, 100 ms later, its release; each
                                                 // followed by a synchronisation event
     unit &key_event(uint16_t code, int32_t value, const moment &when); // one 16-byte event
@@ -163,6 +163,9 @@ public:
     // Another program instead of the updater (a driver of a test), by its path on the desk.
     unit &program(const std::filesystem::path &path);
 
+    // Runs the program with these arguments until it ends. Two environment variables let a unit of
+    // another architecture be run: RENEWER_FOREIGN_BUILD names a build directory from which the
+    // program is taken instead, RENEWER_RUNNER the emulator that runs it.
     outcome run(const std::vector<std::string> &arguments);
 
 private:
