@@ -212,6 +212,7 @@ TEST(led_prompts, running_indication_alternates_until_the_result_is_shown) {
         EXPECT_TRUE(end.output().starts_with("################update coming!#####################\n"
                                              "prompt 3: 1\n"))
             << end.output();
+        EXPECT_EQ(end.exit_status, 0); // no report of a sanitizer either
         // The prompts' own beginning and the pause fall somewhere between the thread's steps.
         std::string seen =
             std::regex_replace(leds_and_sleeps(end), std::regex("sleep 4.2 s\n"), "");
