@@ -43,9 +43,10 @@ TEST(ending, second_power_press_cancels) {
     EXPECT_FALSE(end.exists("/tmp/update_flag"));
     EXPECT_EQ(end.file("/data/sbin/renewer"), "the installed updater\n");
     // The refusal flashes three times and rests before the marker is made: 3 x 2 s + 3 s.
-    const unit_time shown = between(end, "user canceled", "shell touch");
-    EXPECT_GE(shown, 9s);
-    EXPECT_LE(shown, 10s);
+    EXPECT_GE(between(end, "user canceled", "shell touch"), 9s);
+    EXPECT_EQ(end.transcript({event_kind::sleep}),
+              "sleep 1 s\nsleep 1 s\nsleep 1 s\nsleep 1 s\nsleep 1 s\nsleep 1 s\nsleep 3 s\n"
+              "sleep 1 s\n"); // the last is the ending's
 }
 
 TEST(ending, silence_cancels_after_two_minutes) {
@@ -64,7 +65,7 @@ TEST(ending, single_power_press_confirms_after_two_seconds) {
     const unit_time answer =
         between(end, "act release right", "out poweroff button press one time");
     EXPECT_GE(answer, 2s);
-    EXPECT_LE(answer, 2500ms);
+    EXPECT_LE(answer, 3s); // 2.3 s, and what the desk itself takes
     EXPECT_EQ(end.exit_status, 1);
 }
 
@@ -77,7 +78,7 @@ TEST(ending, success_is_shown_told_and_rebooted_from) {
     const unit_time rest = between(end, "shell cp /firmware/renewer.bin /data/sbin/renewer",
                                    "shell touch /tmp/update_flag");
     EXPECT_GE(rest, 13s); // 10 s of rest and 3 s of the success pattern
-    EXPECT_LE(rest, 15s);
+    EXPECT_LT(end.when("sleep 10 s"), end.when("sleep 3 s"));
     // One line a poll, 100 ms apart, from 1 s after the marker until it is gone.
     const int polls = end.count("shell echo check_update_over");
     EXPECT_GE(polls, 8);
@@ -119,8 +120,11 @@ TEST(ending, refusal_waits_until_the_marker_is_taken_away) {
     const outcome end = unit().model("13").acknowledge_end(6s).run({"1", "/mnt/x", "34"});
     const unit_time waited = between(end, "act found /tmp/update_over", "exit status 0");
     EXPECT_GE(waited, 6s);
-    EXPECT_LE(waited, 9s);
-    EXPECT_EQ(end.transcript({event_kind::sleep}), "sleep 1 s\nsleep 2 s\nsleep 2 s\nsleep 2 s\n");
+    EXPECT_LE(waited, 10s);
+    // A first look after 1 s, then one every 2 s.
+    EXPECT_TRUE(end.transcript({event_kind::sleep}).starts_with("sleep 1 s\nsleep 2 s\n"));
+    EXPECT_GE(end.count("sleep 2 s"), 2);
+    EXPECT_LE(end.count("sleep 2 s"), 4);
 }
 
 TEST(ending, marker_that_is_never_taken_away_holds_the_run) {
