@@ -70,7 +70,7 @@ TEST(ending, success_is_shown_told_and_rebooted_from) {
     const outcome end = unit()
                             .model("13")
                             .press(key::ok, after(asked, 500ms))
-                            .acknowledge_end(3s)
+                            .acknowledge_end(10s)
                             .run(from_storage);
     const unit_time rest = between(end, "shell cp /firmware/renewer.bin /data/sbin/renewer",
                                    "shell touch /tmp/update_flag");
