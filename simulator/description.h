@@ -31,6 +31,7 @@ struct unit::description {
     std::vector<std::pair<int, uint64_t>> limits;
     std::map<std::string, std::string> environment;
     std::function<void(const event &)> watcher;
+    const std::atomic<bool> *stop_request = nullptr;
     bool application_reads_output = false;
     double clock_speed = 40;
     std::chrono::seconds patience{60};

@@ -410,7 +410,8 @@ outcome unit::run(const std::vector<std::string> &arguments) {
         take_records(records, seen);
         seen.look_for_end_marker();
         seen.act_on_what_is_due();
-        if (running && clock::now() > patience_ends) {
+        const bool stop = plan->stop_request != nullptr && *plan->stop_request;
+        if (running && (stop || clock::now() > patience_ends)) {
             seen.result.timed_out = true;
             kill(unit_process, SIGKILL);
             running = false;

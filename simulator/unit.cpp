@@ -35,7 +35,8 @@ void send_key_event(const running_unit &running, uint16_t type, uint16_t code, i
         uint16_t code;
         int32_t value;
     } const record = {static_cast<int32_t>(running.key_time.count() / 1000),
-                      static_cast<int32_t>(running.key_time.count() % 1000 * 1000), type, code, value};
+                      static_cast<int32_t>(running.key_time.count() % 1000 * 1000), type, code,
+                      value};
     static_assert(sizeof(record) == 16);
     if (running.key_device >= 0) {
         [[maybe_unused]] const ssize_t sent = write(running.key_device, &record, sizeof(record));
@@ -136,6 +137,11 @@ unit &unit::environment(std::string_view name, std::string_view value) {
 
 unit &unit::watch(std::function<void(const event &)> watcher) {
     plan->watcher = std::move(watcher);
+    return *this;
+}
+
+unit &unit::stop_when(const std::atomic<bool> &requested) {
+    plan->stop_request = &requested;
     return *this;
 }
 
