@@ -1,0 +1,397 @@
+#include "power/bat.h"
+
+#include "tests/support/files.h"
+#include "tests/support/output.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <map>
+#include <string>
+#include <vector>
+
+using namespace renewer;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path adc = "/sys/bus/iio/devices/iio:device0";
+const fs::path usb_mode = "/sys/kernel/debug/ffd00000.dwc3/mode";
+
+fs::path channel_file(int channel) {
+    return adc / ("in_voltage" + std::to_string(channel) + "_raw");
+}
+
+// The counts that a channel gives, one reading after the other, the last one for good; no count for
+// a file that is not there.
+using counts = std::vector<std::string>;
+const counts none = {""};
+
+counts ten(const std::string &count) {
+    return counts(10, count);
+}
+
+// Text of ten readings of the same voltage.
+std::string readings(const std::string &name, const std::string &volts) {
+    std::string text;
+    for (int i = 0; i < 10; ++i) {
+        text += "ret=0," + name + "=" + volts + "\n";
+    }
+    return text;
+}
+
+struct measurement {
+    int status;
+    bat_info info;
+    std::string printed;
+};
+
+void set_channel(int channel, const std::string &count) {
+    fs::remove(channel_file(channel));
+    if (!count.empty()) {
+        put_file(channel_file(channel), count + "\n");
+    }
+}
+
+measurement measure(int machine_type, std::map<int, counts> channels) {
+    const auto prepare = [&](int channel, size_t reading) {
+        const counts &list = channels[channel];
+        set_channel(channel, list[std::min(reading, list.size() - 1)]);
+    };
+    for (const auto &[channel, list] : channels) {
+        prepare(channel, 0);
+    }
+    std::map<int, size_t> taken;
+    output_listener output([&](std::string_view line) {
+        for (const auto &[name, channel] : {std::pair{",bat1", 1}, {",ext", 2}, {",typeC", 3}}) {
+            if (line.starts_with("ret=") && line.find(name) != line.npos) {
+                prepare(channel, ++taken[channel]);
+            }
+        }
+    });
+    bat_info info = {};
+    const int status = get_bat_percent(machine_type, &info);
+    for (const auto &[channel, list] : channels) {
+        EXPECT_EQ(taken[channel], machine_type == 1 && channel == 2 ? 0u : 10u) << channel;
+    }
+    return {status, info, output.text};
+}
+
+TEST(bat, percentage_of_every_hundredth_of_a_volt) {
+    // Worked out with fractions; single precision puts the product of some voltages just below the
+    // whole hundredth, none of them between 2.85 V and 4.10 V.
+    constexpr std::array<std::array<int, 10>, 13> from_280 = {{
+        {0, 0, 0, 0, 0, 0, 0, 0, 1, 1},
+        {1, 1, 2, 2, 2, 2, 2, 3, 3, 3},
+        {3, 4, 4, 4, 4, 4, 5, 5, 5, 5},
+        {6, 6, 6, 6, 6, 7, 7, 7, 7, 8},
+        {8, 8, 8, 8, 9, 9, 9, 9, 10, 10},
+        {10, 11, 12, 13, 14, 15, 16, 17, 18, 19},
+        {20, 23, 27, 30, 31, 33, 34, 36, 37, 39},
+        {40, 42, 43, 45, 47, 48, 50, 51, 52, 53},
+        {54, 55, 56, 57, 58, 59, 60, 61, 62, 63},
+        {64, 66, 67, 68, 69, 70, 71, 72, 73, 74},
+        {76, 77, 78, 79, 80, 81, 82, 83, 84, 85},
+        {85, 86, 87, 88, 89, 90, 91, 91, 92, 93},
+        {93, 94, 95, 95, 96, 97, 97, 98, 99, 99},
+    }};
+    for (int hundredths = 0; hundredths <= 450; ++hundredths) {
+        const int index = hundredths - 280;
+        const int expected =
+            index < 0 ? 0
+            : index >= 130
+                ? 100
+                : from_280[static_cast<size_t>(index / 10)][static_cast<size_t>(index % 10)];
+        int percent = -1;
+        EXPECT_EQ(calc_bat_percent_pica(&percent, static_cast<float>(hundredths / 100.0)), 0);
+        EXPECT_EQ(percent, expected) << hundredths;
+    }
+}
+
+TEST(bat, percentage_is_bounded_for_any_voltage) {
+    const struct {
+        float volts;
+        int percent;
+    } cases[] = {{-0.01f, 0},   {-1e30f, 0},       {-INFINITY, 0}, {NAN, 0},       {2.849f, 0},
+                 {3.4299f, 27}, {4.0999999f, 100}, {1e30f, 100},   {INFINITY, 100}};
+    for (const auto &[volts, expected] : cases) {
+        int percent = -1;
+        EXPECT_EQ(calc_bat_percent_pica(&percent, volts), 0);
+        EXPECT_EQ(percent, expected) << volts;
+    }
+}
+
+// The voltages are the nearest single-precision values of results worked out in double precision;
+// most differ in their last digits from results worked out in single precision throughout.
+TEST(adc, converts_each_channel_by_its_scale) {
+    const struct {
+        int channel;
+        const char *text;
+        int raw;
+        float volts;
+    } cases[] = {
+        {1, "0\n", 0, 0.0f},
+        {1, "1\n", 0, 0.00924633443f},
+        {1, "800\n", 0, 7.39706755f},
+        {1, "1000\n", 0, 9.24633408f},
+        {1, "-5\n", 0, -0.0462316722f},
+        {2, "0\n", 0, 0.338999987f},
+        {2, "100\n", 0, 4.42299986f},
+        {2, "188\n", 0, 8.01692009f},
+        {3, "256\n", 0, 4.50439882f},
+        {3, "5592407\n", 0, 98400.125f},
+        {4, "1\n", 0, 0.000805860793f},
+        {9, "2048\n", 0, 1.6504029f},
+        {1, "4095\n", 1, 3.29999995f},
+        {2, "2048\n", -1, 1.6504029f},
+        {3, "1\n", 7, 0.000805860793f},
+        {1, "  \t800 mV", 0, 7.39706755f},
+        {1, "+800", 0, 7.39706755f},
+        {1, "", 0, 0.0f},
+        {1, "no count\n", 0, 0.0f},
+        {1, "99999999999999999999999999999999", 0, 19856352.0f},
+        {1, "00000000000000000000000000000800", 0, 7.39706755f},
+        // The 33rd byte is not read.
+        {1, "000000000000000000000000000008001", 0, 7.39706755f},
+    };
+    for (const auto &[channel, text, raw, expected] : cases) {
+        put_file(channel_file(channel), text);
+        float volts = -1.0f;
+        output_listener output;
+        EXPECT_EQ(adc_get_common(channel, &volts, raw), 0) << channel << " " << text;
+        EXPECT_EQ(volts, expected) << channel << " " << text;
+        EXPECT_EQ(output.text, "");
+    }
+}
+
+TEST(adc, failures_leave_the_voltage_as_it_was) {
+    fs::create_directories(channel_file(4)); // opens, and cannot be read
+    put_file(channel_file(0), "5\n");
+    put_file(channel_file(10), "5\n");
+    const struct {
+        int channel;
+        int status;
+    } cases[] = {{0, 45}, {10, 45}, {-1, 45}, {INT32_MAX, 45}, {5, 46}, {4, 47}};
+    for (const auto &[channel, status] : cases) {
+        float volts = 1.25f;
+        EXPECT_EQ(adc_get_common(channel, &volts, 0), status) << channel;
+        EXPECT_EQ(volts, 1.25f) << channel;
+    }
+}
+
+TEST(bat, prints_each_reading_each_mean_and_the_decisions) {
+    const std::map<int, counts> supplies = {{1, {"742"}}, {2, {"300"}}, {3, {"284"}}};
+    put_file(usb_mode, "device\n");
+    const measurement both = measure(0, supplies);
+    EXPECT_EQ(both.printed, "machine_type=0,type_pica=0\n!!!!!!!!!!!!!!!\n" +
+                                readings("bat1_vol", "6.860780") + "bat1_vol_sum=6.860780\n" +
+                                readings("ext_vol", "12.591000") + "ext_vol_sum=12.591000\n" +
+                                readings("typeC_vol", "4.997067") + "typeC_vol_sum=4.997067\n" +
+                                "usb state usb state devi\n"
+                                "ext_status:1, type_c_status:1\n");
+    const measurement type_c = measure(1, supplies);
+    EXPECT_EQ(type_c.printed, "machine_type=1,type_pica=0\n!!!!!!!!!!!!!!!\n" +
+                                  readings("bat1_vol", "6.860780") + "bat1_vol_sum=6.860780\n" +
+                                  readings("typeC_vol_corvus", "4.997067") +
+                                  "typeC_vol_sum_corvus=4.997067\n"
+                                  "usb state usb state devi\n"
+                                  "type_c_status:1\n");
+    for (const measurement &m : {both, type_c}) {
+        EXPECT_EQ(m.status, 0);
+        EXPECT_EQ(m.info.ext_power, 1);
+        EXPECT_EQ(m.info.bat1_vol, 6.86077976f);
+        EXPECT_EQ(m.info.bat1_percent, 30);
+    }
+}
+
+TEST(bat, unknown_model_measures_nothing) {
+    for (const int machine_type : {2, -1, 15}) {
+        bat_info info = {1, 2.5f, 3};
+        output_listener output;
+        EXPECT_EQ(get_bat_percent(machine_type, &info), 45);
+        EXPECT_EQ(output.text, "machine_type=" + std::to_string(machine_type) + ",type_pica=0\n");
+        EXPECT_EQ(info.ext_power, 1);
+        EXPECT_EQ(info.bat1_vol, 2.5f);
+        EXPECT_EQ(info.bat1_percent, 3);
+    }
+}
+
+TEST(bat, mean_without_the_highest_and_the_lowest_reading) {
+    const struct {
+        const char *what;
+        counts battery;
+        float volts;
+        int percent;
+    } cases[] = {
+        {"one count below 30 %", {"741"}, 6.85153294f, 27},
+        {"one far higher, one far lower",
+         {"700", "700", "700", "700", "2000", "1", "700"},
+         6.47243404f,
+         8},
+        {"all different",
+         {"701", "702", "703", "704", "705", "706", "707", "708", "709", "710"},
+         6.52328968f,
+         9},
+        {"all above 20 V: 20.0 is the lowest", {"2200"}, 20.3846779f, 100},
+        {"all below 0 V: 0.0 is the highest", {"-100"}, -1.04021263f, 0},
+        {"fails from the second reading on", {"742", ""}, 6.86077976f, 30},
+        {"fails four times first", {"", "", "", "", "742"}, 4.28798771f, 0},
+        {"fails in the middle", {"742", "", "", "", "742"}, 6.86077976f, 30},
+        {"never there", none, 0.0f, 0},
+    };
+    for (const auto &[what, battery, volts, percent] : cases) {
+        const measurement m = measure(0, {{1, battery}, {2, {"0"}}, {3, {"0"}}});
+        EXPECT_EQ(m.info.bat1_vol, volts) << what;
+        EXPECT_EQ(m.info.bat1_percent, percent) << what;
+        EXPECT_EQ(m.info.ext_power, 0) << what;
+        EXPECT_EQ(m.status, 0) << what;
+    }
+}
+
+TEST(bat, all_direct_current_readings_above_20_volts) {
+    const measurement m = measure(0, {{1, {"800"}}, {2, {"500"}}, {3, {"0"}}});
+    EXPECT_NE(m.printed.find("ext_vol=20.759001\next_vol_sum=20.853876\n"), std::string::npos)
+        << m.printed;
+}
+
+// After one huge reading a single-precision sum moves in steps of 8 V (4 V for type-C), and a first
+// reading that failed is the lowest: that gives a mean of exactly the limit.
+TEST(bat, external_power) {
+    counts exactly_8 = ten("188");
+    exactly_8[0] = "";
+    exactly_8[1] = "2147483647";
+    counts exactly_4_5 = ten("255");
+    exactly_4_5[0] = "";
+    exactly_4_5[1] = "2147483647";
+    exactly_4_5[9] = "400";
+    const struct {
+        const char *what;
+        int machine_type;
+        counts ext;
+        counts type_c;
+        const char *mode; // empty: no mode file
+        int ext_power;
+        const char *last_lines;
+    } cases[] = {
+        {"nothing",
+         0,
+         {"0"},
+         {"0"},
+         "device\n",
+         0,
+         "typeC_vol_sum=0.000000\next_status:0, type_c_status:0\n"},
+        {"DC of 8.0 V", 0, exactly_8, {"0"}, "device\n", 0, "\next_status:0, type_c_status:0\n"},
+        {"DC above", 0, {"188"}, {"0"}, "device\n", 1, "\next_status:1, type_c_status:0\n"},
+        {"DC below", 0, {"187"}, {"0"}, "device\n", 0, "\next_status:0, type_c_status:0\n"},
+        {"type-C of 4.5 V",
+         0,
+         {"0"},
+         exactly_4_5,
+         "device\n",
+         0,
+         "typeC_vol_sum=4.500000\next_status:0, type_c_status:0\n"},
+        {"type-C above",
+         0,
+         {"0"},
+         {"256"},
+         "device\n",
+         1,
+         "usb state usb state devi\next_status:0, type_c_status:1\n"},
+        {"type-C below",
+         0,
+         {"0"},
+         {"255"},
+         "device\n",
+         0,
+         "typeC_vol_sum=4.486804\next_status:0, type_c_status:0\n"},
+        {"own type-C",
+         0,
+         {"0"},
+         {"284"},
+         "host\n",
+         0,
+         "usb state usb state host\nusb otgext_status:0, type_c_status:0\n"},
+        {"own type-C and DC",
+         0,
+         {"188"},
+         {"284"},
+         "host",
+         1,
+         "usb state usb state host\nusb otgext_status:1, type_c_status:0\n"},
+        {"no mode file",
+         0,
+         {"0"},
+         {"284"},
+         "",
+         1,
+         "typeC_vol_sum=4.997067\next_status:0, type_c_status:1\n"},
+        {"second model: DC does not count",
+         1,
+         {"300"},
+         {"255"},
+         "device\n",
+         0,
+         "typeC_vol_sum_corvus=4.486804\ntype_c_status:0\n"},
+        {"second model: own type-C",
+         1,
+         {"300"},
+         {"284"},
+         "host\n",
+         0,
+         "usb state usb state host\nusb otgtype_c_status:0\n"},
+        {"second model: type-C", 1, {"0"}, {"256"}, "device\n", 1, "devi\ntype_c_status:1\n"},
+    };
+    for (const auto &[what, machine_type, ext, type_c, mode, ext_power, last_lines] : cases) {
+        fs::remove(usb_mode);
+        if (*mode != '\0') {
+            put_file(usb_mode, mode);
+        }
+        testing::internal::CaptureStderr();
+        const measurement m = measure(machine_type, {{1, {"800"}}, {2, ext}, {3, type_c}});
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  *mode != '\0' ? "" : "fopen: No such file or directory\n");
+        EXPECT_EQ(m.info.ext_power, ext_power) << what;
+        EXPECT_TRUE(m.printed.ends_with(last_lines)) << what << "\n" << m.printed;
+    }
+}
+
+TEST(bat, status_is_that_of_the_last_reading) {
+    const struct {
+        counts type_c;
+        int status;
+    } cases[] = {{none, 46},
+                 {{"284", "284", "284", "284", "284", "284", "284", "284", "284", ""}, 46},
+                 {{"", "", "", "", "", "", "", "", "", "284"}, 0}};
+    put_file(usb_mode, "device\n");
+    for (const auto &[type_c, status] : cases) {
+        EXPECT_EQ(measure(0, {{1, none}, {2, none}, {3, type_c}}).status, status);
+    }
+}
+
+TEST(usb_state, host_is_told_from_all_else) {
+    const struct {
+        const char *mode;
+        bool host;
+        const char *printed;
+    } cases[] = {{"host\n", true, "host"},  {"host", true, "host"},  {"hosts of it", true, "host"},
+                 {"hos\n", false, "hos\n"}, {"\nhost", false, "\n"}, {"HOST", false, "HOST"},
+                 {"device", false, "devi"}, {"", false, ""}};
+    for (const auto &[mode, host, printed] : cases) {
+        put_file(usb_mode, mode);
+        output_listener output;
+        EXPECT_EQ(usb_state_judge() == 0, host) << mode;
+        EXPECT_EQ(output.text, std::string("usb state usb state ") + printed + "\n") << mode;
+    }
+}
+
+TEST(usb_state, without_a_mode_file) {
+    testing::internal::CaptureStderr();
+    output_listener output;
+    EXPECT_EQ(usb_state_judge(), -1);
+    EXPECT_EQ(output.text, "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "fopen: No such file or directory\n");
+}
+
+} // namespace
