@@ -1,0 +1,79 @@
+#include "package/reading.h"
+
+#include "platform/debug.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+namespace renewer {
+
+namespace {
+
+static_assert(sizeof(off_t) == 8, "packages reach 4 GiB");
+
+constexpr uint64_t longest_version_text = 64 * 1024;
+constexpr uint32_t most_nodes = 64 * 1024;
+
+// Bytes of the file from `offset` to its end.
+uint64_t bytes_from(FILE *package, uint64_t offset) {
+    struct stat status = {};
+    if (fstat(fileno(package), &status) != 0 || status.st_size < 0) {
+        return 0;
+    }
+    const auto size = static_cast<uint64_t>(status.st_size);
+    return size > offset ? size - offset : 0;
+}
+
+void report_short_table(uint64_t there, uint64_t wanted) {
+    debug(1, "ret( %llu ) <  nodes( %llu )\n", static_cast<unsigned long long>(there),
+          static_cast<unsigned long long>(wanted));
+}
+
+} // namespace
+
+owned_file open_package(const char *path) {
+    return owned_file(path == nullptr ? nullptr : fopen(path, "re"));
+}
+
+bool seek_to(FILE *package, uint64_t offset) {
+    return fseeko(package, static_cast<off_t>(offset), SEEK_SET) == 0;
+}
+
+bool read_version_text(FILE *package, pack_head_new *head) {
+    const uint64_t there = bytes_from(package, pack_head_new_size);
+    const auto length =
+        static_cast<size_t>(std::min({uint64_t{head->version_len}, there, longest_version_text}));
+    head->version_content = static_cast<char *>(calloc(length + 1, 1));
+    if (head->version_content == nullptr) {
+        return false;
+    }
+    return fread(head->version_content, 1, length, package) > 0;
+}
+
+owned_memory<pack_node> read_node_table(FILE *package, uint64_t offset, uint32_t count) {
+    const uint64_t wanted = uint64_t{count} * sizeof(pack_node);
+    const uint64_t there = bytes_from(package, offset);
+    if (there < wanted) {
+        report_short_table(there, wanted);
+        return nullptr;
+    }
+    if (count > most_nodes) {
+        return nullptr;
+    }
+    owned_memory<pack_node> nodes(
+        static_cast<pack_node *>(calloc(std::max(count, 1U), sizeof(pack_node))));
+    if (nodes == nullptr || count == 0) {
+        return nodes;
+    }
+    const bool found = seek_to(package, offset);
+    const size_t taken = found ? fread(nodes.get(), 1, static_cast<size_t>(wanted), package) : 0;
+    if (taken < wanted) {
+        report_short_table(taken, wanted);
+        return nullptr;
+    }
+    return nodes;
+}
+
+} // namespace renewer
