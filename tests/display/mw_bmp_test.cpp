@@ -124,6 +124,7 @@ TEST(mw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) {
     EXPECT_NE(read_bmp_rgb565(path, &width, &height), nullptr) << "the control";
 }
 
+#if __SIZEOF_LONG__ == 8 // no file of a 32-bit system holds as much
 TEST(mw_bmp, refuses_a_picture_beyond_an_int_though_the_file_holds_it) {
     put_file(path, bmp{.width = 40000, .height = 20000}.first(54));
     std::filesystem::resize_file(path, 54 + 40000ull * 20000 * 3);
@@ -133,6 +134,7 @@ TEST(mw_bmp, refuses_a_picture_beyond_an_int_though_the_file_holds_it) {
     EXPECT_EQ(read_bmp_rgb565(path, &width, &height), nullptr);
     EXPECT_EQ(printed.text, no_memory);
 }
+#endif
 
 TEST(mw_bmp, says_what_cannot_be_opened_or_is_not_given) {
     int size = 0;
