@@ -66,6 +66,27 @@ std::string as_text(const owned_memory<uint8_t> &pixels, size_t size) {
     return pixels == nullptr ? "none" : std::string(pixels.get(), pixels.get() + size);
 }
 
+struct load_result {
+    owned_memory<uint8_t> pixels;
+    std::string output;
+};
+
+// Loads the picture with room for so many allocations. What is printed goes to a file meanwhile, so
+// that nothing but the loader allocates.
+load_result load_with(int allocations) {
+    int width = 0;
+    int height = 0;
+    testing::internal::CaptureStdout();
+    largest_allocation = 0;
+    allocations_left = allocations;
+    load_result result = {read_bmp_rgb565(path, &width, &height), ""};
+    allocations_left = INT_MAX;
+    const size_t largest = largest_allocation;
+    result.output = testing::internal::GetCapturedStdout();
+    largest_allocation = largest;
+    return result;
+}
+
 struct refusal {
     const char *what;
     std::string file;
@@ -108,31 +129,23 @@ TEST(mw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) {
     const size_t descriptors = open_descriptors();
     for (const auto &[what, file, output] : refusals) {
         put_file(path, file);
-        int width = 0;
-        int height = 0;
-        output_listener printed;
-        largest_allocation = 0;
-        const auto pixels = read_bmp_rgb565(path, &width, &height);
+        const load_result loaded = load_with(INT_MAX);
         EXPECT_LE(largest_allocation, 48u) << what;
-        EXPECT_EQ(pixels, nullptr) << what;
-        EXPECT_EQ(printed.text, output) << what;
+        EXPECT_EQ(loaded.pixels, nullptr) << what;
+        EXPECT_EQ(loaded.output, output) << what;
     }
     EXPECT_EQ(open_descriptors(), descriptors);
     put_file(path, bmp{}.bytes());
-    int width = 0;
-    int height = 0;
-    EXPECT_NE(read_bmp_rgb565(path, &width, &height), nullptr) << "the control";
+    EXPECT_NE(load_with(INT_MAX).pixels, nullptr) << "the control";
 }
 
 #if __SIZEOF_LONG__ == 8 // no file of a 32-bit system holds as much
 TEST(mw_bmp, refuses_a_picture_beyond_an_int_though_the_file_holds_it) {
     put_file(path, bmp{.width = 40000, .height = 20000}.first(54));
     std::filesystem::resize_file(path, 54 + 40000ull * 20000 * 3);
-    int width = 0;
-    int height = 0;
-    output_listener printed;
-    EXPECT_EQ(read_bmp_rgb565(path, &width, &height), nullptr);
-    EXPECT_EQ(printed.text, no_memory);
+    const load_result loaded = load_with(INT_MAX);
+    EXPECT_EQ(loaded.pixels, nullptr);
+    EXPECT_EQ(loaded.output, no_memory);
 }
 #endif
 
@@ -161,14 +174,9 @@ TEST(mw_bmp, ends_in_order_when_memory_runs_out) {
     };
     for (const auto &[file, allocations, output] : cases) {
         put_file(path, file.bytes());
-        int width = 0;
-        int height = 0;
-        output_listener printed;
-        allocations_left = allocations;
-        const auto pixels = read_bmp_rgb565(path, &width, &height);
-        allocations_left = INT_MAX;
-        EXPECT_EQ(pixels, nullptr) << file.width << " " << allocations;
-        EXPECT_EQ(printed.text, output) << file.width << " " << allocations;
+        const load_result loaded = load_with(allocations);
+        EXPECT_EQ(loaded.pixels, nullptr) << file.width << " " << allocations;
+        EXPECT_EQ(loaded.output, output) << file.width << " " << allocations;
     }
 }
 
