@@ -1,6 +1,7 @@
 #include "prompt/prompt_led_corvus.h"
 
 #include "platform/debug.h"
+#include "platform/thread.h"
 #include "prompt/led.h"
 #include "prompt/led_confirm.h"
 #include "prompt/led_pattern.h"
@@ -9,9 +10,7 @@
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <pthread.h>
 #include <unistd.h>
 
 namespace renewer {
@@ -74,18 +73,6 @@ constexpr std::array<std::span<const led_state>, 4> running_light = {
 
 constexpr int last_blink_step = 99;
 constexpr size_t last_running_step = 300;
-
-// The thread takes no signals: the alarm that limits the install script must be taken by the run's
-// own thread, whose wait it interrupts.
-int start_blink_thread() {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    const int error = pthread_create(&thr_led, nullptr, led_thread_fun_corvus_bd, nullptr);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return error;
-}
 
 void end_running_indication() {
     if (s_led_thread_run.exchange(0) != 0) {
@@ -164,7 +151,7 @@ int prompt_updating_screen_corvus() {
     }
     puts("################update coming!#####################");
     s_led_thread_run = 1;
-    const int error = start_blink_thread();
+    const int error = start_thread(&thr_led, led_thread_fun_corvus_bd);
     if (error != 0) {
         s_led_thread_run = 0;
         errno = error;
