@@ -33,6 +33,7 @@ struct unit_plan {
     std::function<void(const event &)> watcher;
     std::function<void(const picture &)> screen_watcher;
     const std::atomic<bool> *stop_request = nullptr;
+    bool careless_starter = false;
     bool application_reads_output = false;
     double clock_speed = 40;
     std::chrono::seconds patience{60};

@@ -13,10 +13,11 @@ struct boot {
     std::vector<std::string> environment;
     std::vector<std::pair<int, uint64_t>> limits;
     bool application_reads_output = false;
-    int output;         // the program's standard output
-    int errors;         // the program's standard error
-    int signal_request; // read end: each byte is a signal to send to the program
-    int result;         // write end: takes the program's wait status when it has ended
+    bool careless_starter = false; // see `unit::careless_starter`
+    int output;                    // the program's standard output
+    int errors;                    // the program's standard error
+    int signal_request;            // read end: each byte is a signal to send to the program
+    int result;                    // write end: takes the program's wait status when it has ended
 };
 
 // Starts the unit: namespaces of its own, the root as the unit sees it, the application and the

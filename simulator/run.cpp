@@ -146,6 +146,7 @@ outcome unit::run(const std::vector<std::string> &arguments) {
                       environment_of(*plan),
                       plan->limits,
                       plan->application_reads_output,
+                      plan->careless_starter,
                       records.output(),
                       records.errors(),
                       signal_request.read_end.get(),

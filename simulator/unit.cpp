@@ -116,6 +116,11 @@ unit &unit::output_read_by_application() {
     return *this;
 }
 
+unit &unit::careless_starter() {
+    plan->careless_starter = true;
+    return *this;
+}
+
 unit &unit::limit(int resource, uint64_t value) {
     plan->limits.emplace_back(resource, value);
     return *this;

@@ -163,6 +163,9 @@ public:
     // The application holds the other end of the program's output and stops reading when it ends.
     unit &output_read_by_application();
 
+    // The program is started with every signal blocked, SIGCHLD ignored and no standard input.
+    unit &careless_starter();
+
     // Memory, files and processes that the program may use (setrlimit), by resource number.
     unit &limit(int resource, uint64_t value);
 

@@ -5,8 +5,8 @@
 #include "prompt/led.h"
 #include "prompt/led_confirm.h"
 #include "prompt/led_pattern.h"
-#include "prompt/local_host.h"
 #include "prompt/mw_key.h"
+#include "unit/host_info.h"
 
 #include <atomic>
 #include <cerrno>
@@ -39,40 +39,23 @@ constexpr std::array<led_state, 3> result_off = {{
     {light_power, false},
 }};
 
-constexpr std::array<led_state, 6> running_start = {{
-    {light_static_data, true},
-    {light_gps, false},
-    {light_data_se, false},
-    {light_data_re, false},
-    {light_charge, false},
-    {light_power, false},
-}};
-constexpr std::array<led_state, 5> running_gps = {{
-    {light_gps, true},
-    {light_data_se, false},
-    {light_data_re, false},
-    {light_charge, false},
-    {light_power, false},
-}};
-constexpr std::array<led_state, 5> running_data_se = {{
-    {light_gps, false},
-    {light_data_se, true},
-    {light_data_re, false},
-    {light_charge, false},
-    {light_power, false},
-}};
-constexpr std::array<led_state, 5> running_power = {{
-    {light_gps, false},
-    {light_data_se, false},
-    {light_data_re, false},
-    {light_charge, false},
-    {light_power, true},
-}};
-constexpr std::array<std::span<const led_state>, 4> running_light = {
-    running_start, running_gps, running_data_se, running_power};
+// The one of the five that is lit at each step of the light that runs along the panel; none at the
+// first, where Light_Static_Data is switched on.
+constexpr std::array<const char *, 4> running_light = {nullptr, light_gps, light_data_se,
+                                                       light_power};
 
 constexpr int last_blink_step = 99;
 constexpr size_t last_running_step = 300;
+
+void show_running_light(const char *lit) {
+    if (lit == nullptr) {
+        led_on_by_name(light_static_data);
+    }
+    for (led_state led : five_off) {
+        led.lit = led.name == lit;
+        show_leds({&led, 1});
+    }
+}
 
 void end_running_indication() {
     if (s_led_thread_run.exchange(0) != 0) {
@@ -201,7 +184,7 @@ void *led_thread_fun_corvus_bd(void *) {
 void *led_thread_fun_corvus(void *) {
     show_leds(five_off);
     for (size_t step = 0; s_led_thread_run != 0; step = step == last_running_step ? 0 : step + 1) {
-        show_leds(running_light[step % running_light.size()]);
+        show_running_light(running_light[step % running_light.size()]);
         usleep(200000);
     }
     show_leds(five_off);

@@ -1,8 +1,8 @@
 #include "prompt/prompt_user.h"
 
-#include "prompt/local_host.h"
 #include "prompt/prompt_led_corvus.h"
 #include "prompt/prompt_screen_ardea.h"
+#include "unit/host_info.h"
 
 #include <array>
 

@@ -22,8 +22,17 @@ int get_local_host_info(host_info *record) {
     return 1;
 }
 
+bool read_local_host(host_info &host) {
+    host = {};
+    if (get_local_host_info(&host) == 1) {
+        return true;
+    }
+    fputs("get_local_host_info() failure\n", stderr);
+    return false;
+}
+
 bool host_pn_is(const host_info &host, size_t first, char a, char b) {
-    return host.pn[first] == a && host.pn[first + 1] == b;
+    return a != 0 && b != 0 && host.pn[first] == a && host.pn[first + 1] == b;
 }
 
 } // namespace renewer

@@ -21,13 +21,6 @@ constexpr int install_tries = 2;
 constexpr const char version_prefix[] = "renewer_version:v";
 constexpr size_t version_size = 32;
 
-int run_install_script(int timeout) {
-    char command[128];
-    snprintf(command, sizeof(command), "%s%s", "/firmware",
-             "/install.sh 1>/data/app/log/update.log 2>&1");
-    return fork_exec_timeout(command, "install.sh", static_cast<unsigned>(timeout), install_tries);
-}
-
 // The prefix is passed over by its length alone; a line that is not longer gives an empty text.
 // The line end stays with the version when the line fits.
 int read_version(const char *path, char (&version)[version_size]) {
@@ -80,7 +73,8 @@ int do_update([[maybe_unused]] const char *path, int timeout) {
     }
     printf("wait %d sec...\n", timeout);
     shell("sync");
-    if (run_install_script(timeout) != 0) {
+    if (fork_exec_timeout("/firmware/install.sh 1>/data/app/log/update.log 2>&1", "install.sh",
+                          static_cast<unsigned>(timeout), install_tries) != 0) {
         return 0;
     }
     if (access(pack_version_path, F_OK) != 0) {

@@ -9,12 +9,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
 using namespace renewer;
 
-// Read from the executable by other parts of the unit, so both stay in it.
+// The executable carries both, also for `strings`.
 [[gnu::used]] constexpr const char ident[] = "renewer_version:v" RENEWER_VERSION;
 [[gnu::used]] constexpr const char build_time[] = "$ Built_Time: " __DATE__ " " __TIME__ " $";
 
@@ -51,18 +53,38 @@ int used_wrongly() {
 
 void on_broken_pipe(int) {}
 
-// The application that the run stops may hold the other end of the program's output; its end must
-// not be the run's. A handler and not SIG_IGN, so that the install script starts with the default.
-void outlive_reader_of_output() {
+// The application that the run stops may hold the other end of the program's output, or its
+// terminal; its end must not be the run's. For SIGPIPE a handler and not SIG_IGN, so that the
+// install script starts with the default.
+void outlive_application() {
     struct sigaction action = {};
     action.sa_handler = on_broken_pipe;
     action.sa_flags = SA_RESTART;
     sigaction(SIGPIPE, &action, nullptr);
+    signal(SIGHUP, SIG_IGN);
+}
+
+// Sets right what the run depends on and a starter may have left otherwise (execve(2) keeps blocked
+// and ignored signals): the alarm arrives, ended commands tell their status, and no file that the
+// run opens takes the place of its standard streams.
+void take_usual_surroundings() {
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    signal(SIGCHLD, SIG_DFL);
+    int opened;
+    do {
+        opened = open("/dev/null", O_RDWR);
+    } while (opened >= 0 && opened <= STDERR_FILENO);
+    if (opened >= 0) {
+        close(opened);
+    }
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
+    take_usual_surroundings();
     // Lines leave at once, so that they keep their order beside those of the commands run.
     setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     if (argc == 2 && strcmp(argv[1], "--version") == 0) {
@@ -80,6 +102,6 @@ int main(int argc, char **argv) {
     if (argc < 4 && is_checked_against_argument(kind)) {
         return used_wrongly();
     }
-    outlive_reader_of_output();
+    outlive_application();
     update_run({kind, argv[2], argc < 4 ? nullptr : argv[3]});
 }

@@ -24,27 +24,25 @@ pn_pair first_two(const char *text) {
     return {two[0], two[1]};
 }
 
-bool is(const pn_pair &pair, const host_info &host, size_t pn_index) {
-    return host_pn_is(host, pn_index, pair.first, pair.second);
-}
+// A kind that is checked against two characters of the unit's part number.
+struct pair_rule {
+    const char *opening;
+    size_t pn_index;
+    const char *fit;
+    const char *not_fit;
+};
 
-int old_host_fits(const pn_pair &expected, const host_info &host) {
-    debug(1, "old host pack!\n");
-    if (!is(expected, host, 2)) {
-        debug(0, "host 2,3 PN not fit!\n");
+constexpr pair_rule old_host_rule = {"old host pack!\n", 2, "host 2,3 PN fit!\n",
+                                     "host 2,3 PN not fit!\n"};
+constexpr pair_rule gnss_rule = {"gnss pack!\n", 6, "gnss 6,7 PN fit!\n", "gnss 6,7 PN not fit!\n"};
+
+int pair_fits(const pair_rule &rule, const pn_pair &expected, const host_info &host) {
+    debug(1, "%s", rule.opening);
+    if (!host_pn_is(host, rule.pn_index, expected.first, expected.second)) {
+        debug(0, "%s", rule.not_fit);
         return 0;
     }
-    debug(1, "host 2,3 PN fit!\n");
-    return 1;
-}
-
-int gnss_fits(const pn_pair &expected, const host_info &host) {
-    debug(1, "gnss pack!\n");
-    if (!is(expected, host, 6)) {
-        debug(0, "gnss 6,7 PN not fit!\n");
-        return 0;
-    }
-    debug(1, "gnss 6,7 PN fit!\n");
+    debug(1, "%s", rule.fit);
     return 1;
 }
 
@@ -52,19 +50,21 @@ int gnss_fits(const pn_pair &expected, const host_info &host) {
 // character is 5 above its own, and the one whose second character is 2 below.
 int radio_fits(const pn_pair &expected, const host_info &host) {
     debug(1, "radio pack!\n");
-    const char first = host.pn[10];
-    const char second = host.pn[11];
-    if (expected.first == first + 5 && expected.second == second) {
-        debug(1, "10,11 PN OK!\n");
-        return 1;
-    }
-    if (expected.first == first && expected.second == second) {
-        debug(1, "K618 RADIO !\n");
-        return 1;
-    }
-    if (expected.first == first && expected.second == second - 2) {
-        debug(1, "Q7 K618 RADIO !\n");
-        return 1;
+    const auto above = static_cast<char>(host.pn[10] + 5);
+    const auto below = static_cast<char>(host.pn[11] - 2);
+    if (host_pn_is(host, 10, host.pn[10], host.pn[11])) {
+        if (expected.first == above && expected.second == host.pn[11]) {
+            debug(1, "10,11 PN OK!\n");
+            return 1;
+        }
+        if (expected.first == host.pn[10] && expected.second == host.pn[11]) {
+            debug(1, "K618 RADIO !\n");
+            return 1;
+        }
+        if (expected.first == host.pn[10] && expected.second == below) {
+            debug(1, "Q7 K618 RADIO !\n");
+            return 1;
+        }
     }
     debug(0, "pn radio not fit\n");
     return 0;
@@ -92,9 +92,9 @@ int new_host_fits(const host_info &host) {
 int package_fits(int kind, const char *expected, const host_info &host) {
     switch (kind) {
     case KIND_OLD_HOST:
-        return old_host_fits(first_two(expected), host);
+        return pair_fits(old_host_rule, first_two(expected), host);
     case KIND_GNSS:
-        return gnss_fits(first_two(expected), host);
+        return pair_fits(gnss_rule, first_two(expected), host);
     case KIND_RADIO:
         return radio_fits(first_two(expected), host);
     case KIND_NEW_HOST:

@@ -13,11 +13,21 @@ namespace {
 
 constexpr const char removable_prefix[] = "/firmware/update";
 
-bool has_parent_component(const char *path) {
-    for (const char *part = strstr(path, "/.."); part != nullptr; part = strstr(part + 1, "/..")) {
-        if (part[3] == '/' || part[3] == '\0') {
-            return true;
+// Whether ".." components lead, at any point of the path, above its first component below
+// "/firmware".
+bool leads_above(const char *path) {
+    int depth = 0;
+    for (const char *part = path + strlen("/firmware"); *part != '\0';) {
+        part += strspn(part, "/");
+        const size_t length = strcspn(part, "/");
+        if (length == 2 && strncmp(part, "..", 2) == 0) {
+            if (--depth < 1) {
+                return true;
+            }
+        } else if (length > 0 && !(length == 1 && *part == '.')) {
+            ++depth;
         }
+        part += length;
     }
     return false;
 }
@@ -47,7 +57,7 @@ void remove_package(const char *path) {
     if (strncmp(path, removable_prefix, strlen(removable_prefix)) != 0) {
         return;
     }
-    if (has_parent_component(path) || leads_through_link(path)) {
+    if (leads_above(path) || leads_through_link(path)) {
         debug(0, "package path leads out of %s, not removed\n", removable_prefix);
         return;
     }

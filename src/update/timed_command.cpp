@@ -1,12 +1,14 @@
 #include "update/timed_command.h"
 
+#include "update/process_group.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <spawn.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,25 +21,31 @@ constexpr unsigned grace_seconds = 3;
 constexpr useconds_t poll_interval_us = 100'000;
 constexpr int polls_of_grace = grace_seconds * 1'000'000 / poll_interval_us;
 
-// Read by the alarm handler, which runs on the thread that waits for the attempt. Written only
-// while no alarm is set.
+// What the alarm handler works with. It runs on the thread that waits for the attempt, the only one
+// that takes signals, so nothing here is written while it runs.
 char s_exec_name[64];
-volatile sig_atomic_t s_attempt = 0; // process group of the attempt
+volatile sig_atomic_t s_attempt = 0; // process group of the attempt; 0 when none is waited for
 volatile sig_atomic_t s_timed_out = 0;
 
-bool s_adopts_orphans = false;
+// A script that asks must not wait for an answer that nobody gives, and a process of a background
+// group that reads from a terminal would be stopped.
+void take_empty_input() {
+    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    dup2(nothing, STDIN_FILENO);
+}
 
 // The child of a process with threads: it takes no lock that one of them may have held, and leaves
 // through _exit, so that nothing of the parent's buffered output is written twice.
 [[noreturn]] void be_attempt(const char *command) {
     setpgid(0, 0);
+    take_empty_input();
     char *const arguments[] = {const_cast<char *>("sh"), const_cast<char *>("-c"),
                                const_cast<char *>(command), nullptr};
     pid_t shell;
     if (posix_spawn(&shell, "/bin/sh", nullptr, nullptr, arguments, environ) != 0) {
         _exit(127);
     }
-    int status = 0;
+    int status = SIGKILL; // of a shell that could not be waited for
     while (waitpid(shell, &status, 0) < 0 && errno == EINTR) {
     }
     _exit(WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status));
@@ -55,7 +63,9 @@ pid_t start_attempt(const char *command) {
     return child;
 }
 
-void set_alarm(unsigned timeout) {
+void start_time_limit(pid_t attempt, unsigned timeout) {
+    s_timed_out = 0;
+    s_attempt = attempt;
     struct sigaction action = {};
     action.sa_handler = handleTimeout;
     action.sa_flags = SA_RESTART;
@@ -63,55 +73,26 @@ void set_alarm(unsigned timeout) {
     alarm(timeout);
 }
 
-// Waits for the attempt under its time limit. It is collected only after the alarm is off, so that
-// the handler never meets a process group number that has been given away.
-int await_attempt(pid_t attempt, unsigned timeout) {
-    s_attempt = attempt;
-    s_timed_out = 0;
-    set_alarm(timeout);
-    siginfo_t ended;
-    while (waitid(P_PID, static_cast<id_t>(attempt), &ended, WEXITED | WNOWAIT) < 0 &&
-           errno == EINTR) {
-    }
+// The handler may have run, and have set the alarm again, until the first of these.
+void end_time_limit() {
+    s_attempt = 0;
     alarm(0);
-    int status = 0;
-    waitpid(attempt, &status, 0);
-    return status;
 }
 
-// Asks that what an attempt leaves behind comes to this process instead of to init, so that it is
-// known when nothing of the attempt is left, and the group's number stays the attempt's until then
-// (prctl(2), PR_SET_CHILD_SUBREAPER, Linux 3.4).
-void adopt_orphans() {
-    s_adopts_orphans = prctl(PR_SET_CHILD_SUBREAPER, 1) == 0;
-}
-
-// Collects what has ended of the attempt and tells whether some of it still runs.
-bool still_runs(pid_t attempt) {
-    pid_t ended;
+// Waits for the attempt under its time limit and gives its wait status. The attempt is not
+// collected: until it is, the number of its process group is nobody else's.
+int await_attempt(pid_t attempt, unsigned timeout) {
+    start_time_limit(attempt, timeout);
+    siginfo_t ended = {};
+    int result;
     do {
-        ended = waitpid(-attempt, nullptr, WNOHANG);
-    } while (ended > 0);
-    // Where the kernel gives orphans to init all the same, the group is asked for by its number.
-    return ended == 0 || (!s_adopts_orphans && kill(-attempt, 0) == 0);
-}
-
-bool ends_within_grace(pid_t attempt) {
-    for (int polls = 0; polls < polls_of_grace; ++polls) {
-        if (!still_runs(attempt)) {
-            return true;
-        }
-        usleep(poll_interval_us);
+        result = waitid(P_PID, static_cast<id_t>(attempt), &ended, WEXITED | WNOWAIT);
+    } while (result < 0 && errno == EINTR);
+    end_time_limit();
+    if (result < 0) {
+        return SIGKILL;
     }
-    return !still_runs(attempt);
-}
-
-void end_rest_of(pid_t attempt) {
-    if (ends_within_grace(attempt)) {
-        return;
-    }
-    kill(-attempt, SIGKILL);
-    ends_within_grace(attempt);
+    return ended.si_code == CLD_EXITED ? ended.si_status << 8 : ended.si_status;
 }
 
 int status_of_attempt(int wait_status) {
@@ -123,9 +104,39 @@ int status_of_attempt(int wait_status) {
     return wait_status == 0 && s_timed_out != 0 ? 1 : wait_status;
 }
 
+bool ends_within_grace(pid_t attempt) {
+    for (int polls = 0; polls < polls_of_grace; ++polls) {
+        if (!process_group_runs(attempt)) {
+            return true;
+        }
+        usleep(poll_interval_us);
+    }
+    return !process_group_runs(attempt);
+}
+
+void end_rest_of(pid_t attempt) {
+    if (ends_within_grace(attempt)) {
+        return;
+    }
+    kill(-attempt, SIGKILL);
+    ends_within_grace(attempt);
+}
+
+int run_attempt(pid_t attempt, unsigned timeout) {
+    const int status = status_of_attempt(await_attempt(attempt, timeout));
+    if (status != 0) {
+        end_rest_of(attempt);
+    }
+    waitpid(attempt, nullptr, 0);
+    return status;
+}
+
 } // namespace
 
 void handleTimeout(int) {
+    if (s_attempt == 0) {
+        return;
+    }
     const int saved_errno = errno;
     if (s_timed_out != 0) {
         kill(-s_attempt, SIGKILL);
@@ -141,7 +152,6 @@ void handleTimeout(int) {
 }
 
 int fork_exec_timeout(const char *command, const char *name, unsigned timeout, int tries) {
-    adopt_orphans();
     int status = 0;
     for (int attempts_left = std::max(tries, 1); attempts_left > 0; --attempts_left) {
         snprintf(s_exec_name, sizeof(s_exec_name), "%s", name);
@@ -151,11 +161,10 @@ int fork_exec_timeout(const char *command, const char *name, unsigned timeout, i
             perror("fork failed");
             return 1;
         }
-        status = status_of_attempt(await_attempt(attempt, timeout));
+        status = run_attempt(attempt, timeout);
         if (status == 0) {
             return 0;
         }
-        end_rest_of(attempt);
     }
     return status;
 }

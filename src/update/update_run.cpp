@@ -66,12 +66,13 @@ decision check_power(const host_info &host) {
     return decision::refuse;
 }
 
-// A package that lies in the unit's own firmware storage was put there by the unit itself.
+// A package whose path speaks of firmware, as the unit's own storage does, is installed unasked.
 decision ask_user(const char *path) {
     if (strstr(path, "firmware") != nullptr) {
         return decision::go_on;
     }
     debug(1, "coming................");
+    fflush(stdout); // it has no line end, and the answer may take minutes
     if (prompt_user(PROMPT_CONFIRM) == 1) {
         return decision::go_on;
     }
@@ -82,9 +83,8 @@ decision ask_user(const char *path) {
 
 // Everything that is decided before the unit is changed.
 decision prepare(const update_arguments &arguments) {
-    host_info host = {};
-    if (get_local_host_info(&host) != 1) {
-        fputs("get_local_host_info() failure\n", stderr);
+    host_info host;
+    if (!read_local_host(host)) {
         return decision::refuse;
     }
     if (!path_is_allowed(arguments.path) ||

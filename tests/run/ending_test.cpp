@@ -2,6 +2,7 @@
 // the process ends.
 
 #include "simulator/unit.h"
+#include "tests/run/order.h"
 
 #include <gtest/gtest.h>
 
@@ -75,7 +76,7 @@ TEST(ending, success_is_shown_told_and_rebooted_from) {
     const unit_time rest = between(end, "shell cp /firmware/renewer.bin /data/sbin/renewer",
                                    "shell touch /tmp/update_flag");
     EXPECT_GE(rest, 13s); // 10 s of rest and 3 s of the success pattern
-    EXPECT_LT(end.when("sleep 10 s"), end.when("sleep 3 s"));
+    EXPECT_TRUE(in_order(end, {"sleep 10 s", "sleep 3 s"}));
     // One line a poll, 100 ms apart, from 1 s after the marker until it is gone.
     const int polls = end.count("shell echo check_update_over");
     EXPECT_GE(polls, 2);
@@ -85,7 +86,7 @@ TEST(ending, success_is_shown_told_and_rebooted_from) {
         log += "check_update_over\n";
     }
     EXPECT_EQ(end.file("/data/app/log/update.log"), log);
-    EXPECT_LT(end.when("act remove /tmp/update_over"), end.when("shell /etc/init.d/rc.stop"));
+    EXPECT_TRUE(in_order(end, {"act remove /tmp/update_over", "shell /etc/init.d/rc.stop"}));
     EXPECT_EQ(commands_after(end, "shell /etc/init.d/rc.stop"), "shell /etc/init.d/rc.stop\n"
                                                                 "shell /etc/init.d/umount_all\n"
                                                                 "shell sync\n"
@@ -101,7 +102,10 @@ TEST(ending, failure_is_shown_told_and_rebooted_from) {
                             .acknowledge_end(3s)
                             .run(from_storage);
     EXPECT_EQ(end.file("/data/app/log/update.log"), "broken\n");
-    EXPECT_LT(end.when("shell touch /tmp/update_flag"), end.when("led Light_Gps 255", 2));
+    const auto flagged = end.when("shell touch /tmp/update_flag");
+    const auto shown = end.when("led Light_Gps 255", 2);
+    ASSERT_TRUE(flagged && shown);
+    EXPECT_LT(*flagged, *shown);
     EXPECT_EQ(commands_after(end, "shell touch /tmp/update_flag"), "shell touch /tmp/update_flag\n"
                                                                    "shell touch /tmp/update_over\n"
                                                                    "shell sync\n"
@@ -110,7 +114,7 @@ TEST(ending, failure_is_shown_told_and_rebooted_from) {
                                                                    "shell sync\n"
                                                                    "shell reboot\n"
                                                                    "exit status 1\n");
-    EXPECT_LT(end.when("act remove /tmp/update_over"), end.when("shell /etc/init.d/rc.stop"));
+    EXPECT_TRUE(in_order(end, {"act remove /tmp/update_over", "shell /etc/init.d/rc.stop"}));
 }
 
 TEST(ending, refusal_waits_until_the_marker_is_taken_away) {
@@ -149,6 +153,8 @@ TEST(ending, only_the_package_below_firmware_update_is_removed) {
         {"/firmware/update/line\nend", "shell rm -rf '/firmware/update/line\nend'", true},
         {deep, "shell rm -rf " + deep, true},
         {"/firmware/update/..", left, false},
+        {"/firmware/update/a/../../update", left, false},
+        {"/firmware/update/a/../b", "shell rm -rf /firmware/update/a/../b", true},
         {"/firmware/update/../../data/app", left, false},
         {"/firmware/update/out/app", left, false},
         {"/firmware/update/out/", left, false},
@@ -162,7 +168,7 @@ TEST(ending, only_the_package_below_firmware_update_is_removed) {
         unit it;
         it.model("13").acknowledge_end(200ms).clock_speed(100);
         it.link("/firmware/update/out", "/data").file("/data/app/kept", "");
-        if (path.find("/out") == std::string::npos && path.find("/..") == std::string::npos) {
+        if (removed && !path.ends_with("/out")) {
             it.file(path + "/payload", "");
         }
         const outcome end = it.run({"5", path});
@@ -187,10 +193,8 @@ TEST(ending, package_is_removed_after_a_failure_too) {
                             .install_script("exit 1\n")
                             .acknowledge_end(200ms)
                             .run({"5", "/firmware/update/pack"});
-    EXPECT_LT(end.when("shell touch /tmp/update_flag"),
-              end.when("shell rm -rf /firmware/update/pack"));
-    EXPECT_LT(end.when("shell rm -rf /firmware/update/pack"),
-              end.when("shell touch /tmp/update_over"));
+    EXPECT_TRUE(in_order(end, {"shell touch /tmp/update_flag", "shell rm -rf /firmware/update/pack",
+                               "shell touch /tmp/update_over"}));
 }
 
 TEST(ending, arguments_are_checked_before_anything_is_touched) {

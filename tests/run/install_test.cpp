@@ -1,8 +1,11 @@
 // What the install step does with the update, its script and the updater's own copy.
 
 #include "simulator/unit.h"
+#include "tests/run/order.h"
 
 #include <gtest/gtest.h>
+
+#include <csignal>
 
 using namespace simulator;
 
@@ -35,7 +38,7 @@ TEST(install, script_that_fails_once_is_run_again) {
     EXPECT_EQ(end.count("out fork_exec: /firmware/install.sh 1>/data/app/log/update.log 2>&1"), 2);
     EXPECT_EQ(end.transcript({event_kind::alarm}),
               "alarm 60 s\nalarm 0 s\nalarm 60 s\nalarm 0 s\n");
-    EXPECT_LT(end.when("out status 7"), end.when("out status 0"));
+    EXPECT_TRUE(in_order(end, {"out status 7", "out status 0"}));
     EXPECT_TRUE(succeeded(end));
     // The second run's output replaces the first's; the run's own lines follow it.
     EXPECT_TRUE(end.file("/data/app/log/update.log")->starts_with("second\nupdate_success\n"));
@@ -128,6 +131,36 @@ TEST(install_time_limit, what_a_stopped_script_leaves_running_does_not_meet_the_
     const std::string first_writer = written.substr(8, written.find('\n', 8) - 8);
     ASSERT_TRUE(first_writer.starts_with("line of ")) << first_writer;
     EXPECT_EQ(written.find(first_writer + "\n", second), std::string::npos) << written;
+}
+
+TEST(install, script_that_asks_gets_no_answer_and_does_not_wait) {
+    const outcome end = usual_unit()
+                            .install_script("#!/bin/sh\nread answer || echo nobody\nexit 0\n")
+                            .run(unlimited);
+    EXPECT_TRUE(end.file("/data/app/log/update.log")->starts_with("nobody\n"));
+}
+
+TEST(install, alarm_from_outside_ends_nothing) {
+    const outcome end = usual_unit()
+                            .install_script("#!/bin/sh\n(sleep 60; echo done > /tmp/later) &\n")
+                            .kill_program(SIGALRM, after("sleep 10 s", 2s))
+                            .acknowledge_end(70s)
+                            .run(limited);
+    EXPECT_TRUE(end.has("act signal 14"));
+    EXPECT_FALSE(end.has("killall install.sh"));
+    EXPECT_FALSE(end.has("signal 9 to group"));
+    EXPECT_TRUE(succeeded(end));
+}
+
+TEST(install_time_limit, holds_whatever_the_starter_left_behind) {
+    const outcome end = usual_unit()
+                            .careless_starter()
+                            .install_script("#!/bin/sh\nwhile :; do sleep 1; done\n")
+                            .run(limited);
+    EXPECT_EQ(end.count("shell killall install.sh"), 2);
+    EXPECT_FALSE(succeeded(end));
+    const outcome good = usual_unit().careless_starter().run(limited);
+    EXPECT_TRUE(succeeded(good)) << good.transcript();
 }
 
 TEST(install, what_a_good_script_leaves_running_goes_on) {

@@ -85,7 +85,10 @@ TEST(led_prompts, confirm_answers) {
         EXPECT_EQ(end.exit_status, 0) << what;
         EXPECT_THAT(end.output(), HasSubstr(printed)) << what;
         EXPECT_THAT(end.output(), Not(HasSubstr(not_printed))) << what;
-        EXPECT_GE(end.when(result), end.when(decided_by, occurrence)) << what;
+        const auto decided = end.when(decided_by, occurrence);
+        const auto answered = end.when(result);
+        ASSERT_TRUE(decided && answered) << what;
+        EXPECT_GE(*answered, *decided) << what;
         EXPECT_TRUE(leds_and_sleeps(end).ends_with(five_off)) << what;
     }
 }

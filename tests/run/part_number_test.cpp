@@ -60,6 +60,7 @@ TEST(part_number, others_are_refused_before_anything_is_touched) {
         {{"0", path, "31"}, "old host pack!\nhost 2,3 PN not fit!\n"},
         {{"0", path, "1"}, "old host pack!\nhost 2,3 PN not fit!\n"},
         {{"0", path, ""}, "old host pack!\nhost 2,3 PN not fit!\n"},
+        {{"2", path, ""}, "radio pack!\npn radio not fit\n"},
         {{"1", path, "13"}, "gnss pack!\ngnss 6,7 PN not fit!\n"},
         {{"2", path, "13"}, "radio pack!\npn radio not fit\n"},
         {{"2", path, "72"}, "radio pack!\npn radio not fit\n"},
@@ -152,6 +153,15 @@ TEST(part_number, host_record_decides_who_the_unit_is) {
         SCOPED_TRACE(name);
         EXPECT_EQ(end.errors(), errors);
         EXPECT_EQ(end.output(), output);
+        EXPECT_EQ(end.exit_status, 0);
+    }
+}
+
+TEST(part_number, what_a_short_record_lacks_fits_nothing) {
+    for (const std::vector<std::string> &arguments :
+         {std::vector<std::string>{"1", path, ""}, {"2", path, ""}, {"3", path}}) {
+        const outcome end = usual_unit().file("/update/hw/sys", "unit 1 ").run(arguments);
+        EXPECT_FALSE(end.has("shell killall")) << end.transcript();
         EXPECT_EQ(end.exit_status, 0);
     }
 }

@@ -36,7 +36,7 @@ TEST(host_info, part_number_begins_at_byte_7) {
     EXPECT_TRUE(host_pn_is(host, 0, 'A', 'B'));
     EXPECT_TRUE(host_pn_is(host, 2, 'C', 'D'));
     EXPECT_FALSE(host_pn_is(host, 2, 'D', 'C'));
-    EXPECT_TRUE(host_pn_is(host, 4, '\0', '\0'));
+    EXPECT_FALSE(host_pn_is(host, 4, '\0', '\0'));
 }
 
 TEST(host_info, nothing_is_kept_between_readings) {

@@ -1,0 +1,49 @@
+#include "update/process_group.h"
+
+#include "platform/owner.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+
+namespace renewer {
+
+namespace {
+
+// Whether this process is alive and in the group. The name, the second field of the file, may hold
+// anything, also a closing bracket: what follows the last one counts.
+bool is_alive_in(const char *process, pid_t group) {
+    char path[64];
+    snprintf(path, sizeof(path), "/proc/%.32s/stat", process);
+    const owned_file file(fopen(path, "re"));
+    char line[512] = {};
+    if (file == nullptr || fgets(line, sizeof(line), file.get()) == nullptr) {
+        return false; // it has ended since it was listed
+    }
+    const char *rest = strrchr(line, ')');
+    char state = 0;
+    int parent = 0;
+    int its_group = 0;
+    if (rest == nullptr || sscanf(rest, ") %c %d %d", &state, &parent, &its_group) != 3) {
+        return false;
+    }
+    return its_group == group && state != 'Z' && state != 'X';
+}
+
+} // namespace
+
+bool process_group_runs(pid_t group) {
+    const owned_directory processes(opendir("/proc"));
+    if (processes == nullptr) {
+        return true;
+    }
+    while (const dirent *entry = readdir(processes.get())) {
+        if (isdigit(static_cast<unsigned char>(entry->d_name[0])) != 0 &&
+            is_alive_in(entry->d_name, group)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace renewer

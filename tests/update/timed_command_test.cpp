@@ -1,0 +1,75 @@
+#include "update/timed_command.h"
+
+#include "tests/support/files.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <dlfcn.h>
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+
+using namespace renewer;
+
+namespace {
+
+bool no_processes_left = false;
+
+} // namespace
+
+// The program's own calls find this one before the C library's.
+extern "C" pid_t fork() {
+    if (no_processes_left) {
+        errno = EAGAIN;
+        return -1;
+    }
+    return reinterpret_cast<pid_t (*)()>(dlsym(RTLD_NEXT, "fork"))();
+}
+
+namespace {
+
+constexpr unsigned no_limit = static_cast<unsigned>(-1);
+
+TEST(timed_command, at_least_one_attempt_and_no_more_than_asked_for) {
+    struct {
+        int tries;
+        const char *command;
+        int result;
+        const char *runs; // one character an attempt
+    } const cases[] = {
+        {0, "printf x >> /tmp/runs; exit 3", 3 << 8, "x"},
+        {-5, "printf x >> /tmp/runs; exit 3", 3 << 8, "x"},
+        {1, "printf x >> /tmp/runs; exit 255", 255 << 8, "x"},
+        {3, "printf x >> /tmp/runs; exit 1", 1 << 8, "xxx"},
+        {3, "printf x >> /tmp/runs; test $(cat /tmp/runs) = xx", 0, "xx"},
+        {3, "printf x >> /tmp/runs", 0, "x"},
+        {1, "printf x >> /tmp/runs; kill -9 $$", 137 << 8, "x"},
+        {1, "printf x >> /tmp/runs; kill -9 $PPID; sleep 1", 1, "x"},
+    };
+    for (const auto &[tries, command, result, runs] : cases) {
+        std::filesystem::remove("/tmp/runs");
+        EXPECT_EQ(fork_exec_timeout(command, "none", no_limit, tries), result) << command;
+        EXPECT_EQ(get_file("/tmp/runs"), runs) << command;
+    }
+}
+
+TEST(timed_command, child_that_cannot_be_made_is_reported_and_not_tried_again) {
+    no_processes_left = true;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(fork_exec_timeout("true", "none", 60, 2), 1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "fork_exec: true\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "fork failed: Resource temporarily unavailable\n");
+}
+
+TEST(timed_command, buffered_output_is_written_once) {
+    ASSERT_NE(freopen("/tmp/output", "w", stdout), nullptr);
+    printf("unfinished ");
+    fork_exec_timeout("echo shell", "none", no_limit, 1);
+    fflush(stdout);
+    EXPECT_EQ(get_file("/tmp/output"), "unfinished fork_exec: echo shell\nshell\nstatus 0\n");
+}
+
+} // namespace
