@@ -12,7 +12,6 @@ namespace renewer {
 
 namespace {
 
-constexpr size_t copy_chunk_size = 4096;
 constexpr size_t digest_chunk_size = 1024;
 constexpr size_t version_text_size = 15;
 constexpr size_t most_nodes = 64; // the node types that can carry a file
@@ -194,7 +193,7 @@ int copy_to_stream(const char *path, FILE *stream) {
     if (in == nullptr || stream == nullptr) {
         return 0;
     }
-    char chunk[copy_chunk_size];
+    char chunk[read_ahead_size];
     while (const size_t taken = fread(chunk, 1, sizeof(chunk), in.get())) {
         if (!write_bytes(chunk, taken, stream)) {
             return 0;

@@ -12,7 +12,6 @@ namespace renewer {
 
 namespace {
 
-constexpr size_t chunk_size = 4096;
 constexpr size_t out_path_size = 256;
 constexpr uint32_t install_type = 1;
 constexpr mode_t install_mode = 0777;
@@ -29,7 +28,7 @@ bool build_out_path(char (&path)[out_path_size], const char *out_dir, uint32_t t
 
 // Copies up to `size` bytes, as many as there are; false when they could not be written.
 bool copy_payload(FILE *in, uint32_t size, FILE *out) {
-    char chunk[chunk_size];
+    char chunk[read_ahead_size];
     uint32_t remaining = size;
     while (remaining > 0) {
         const size_t wanted = std::min<size_t>(sizeof(chunk), remaining);
