@@ -88,7 +88,7 @@ verdict judge(const pack_head &head, const host_info &host) {
         return verdict::ends_search;
     }
     show_candidate(head, host);
-    const package_fit fit = judge_part_number(head, host);
+    const candidate_fit fit = judge_part_number(head, host);
     printf("%s%s", fit.first_line, fit.note);
     return fit.fits ? verdict::fits : verdict::ends_search;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "unit/host_info.h"
-#include "update/package_fit.h"
+#include "update/package_candidate.h"
 
 #include <cstddef>
 

@@ -4,7 +4,7 @@
 #include "package_file.h"
 #include "platform/owner.h"
 #include "unit/host_info.h"
-#include "update/package_fit.h"
+#include "update/package_candidate.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -96,7 +96,7 @@ candidate_verdict judge_candidate(const fs::path &path, const renewer::host_info
     if (hardware.kind != candidate_verdict::fits) {
         return hardware;
     }
-    const renewer::package_fit fit = renewer::judge_part_number(head, host);
+    const renewer::candidate_fit fit = renewer::judge_part_number(head, host);
     if (!fit.fits) {
         return {candidate_verdict::ends_search,
                 without_line_end(fit.note) + " (digits of the package: " + digits_of(head) + ")"};

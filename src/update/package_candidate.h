@@ -19,14 +19,14 @@ int pn_digit(const pack_head &head, unsigned index);
 // What a package updates, digit 6 of its part number. Other values are of no known type.
 enum package_type { host_package, gnss_board_package, radio_package, lband_package, gprs_package };
 
-struct package_fit {
+struct candidate_fit {
     bool fits;
     const char *first_line; // printed before the test, with its line end; empty for none
     const char *note; // printed after it: why it does not fit, or by which form; empty for none
 };
 
 // Judges the part number of a package against that of the unit.
-package_fit judge_part_number(const pack_head &head, const host_info &host);
+candidate_fit judge_part_number(const pack_head &head, const host_info &host);
 
 // Whether the unit's hardware-presence inputs have a say on this package: a host package on a unit
 // whose part number begins "1180".

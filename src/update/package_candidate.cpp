@@ -1,4 +1,4 @@
-#include "update/package_fit.h"
+#include "update/package_candidate.h"
 
 #include <cstring>
 #include <string_view>
@@ -33,7 +33,7 @@ bool is_a1(const host_info &host) {
     return host_pn_is(host, 0, 'A', '1');
 }
 
-package_fit judge_host(const pack_head &head, const host_info &host) {
+candidate_fit judge_host(const pack_head &head, const host_info &host) {
     constexpr const char *first_line = "got   package\n";
     if (is_a1(host) && (pn_digit(head, 1) != 1 || pn_digit(head, 0) != 10)) {
         return {false, first_line, " invailed package,pn not fit"};
@@ -45,7 +45,7 @@ package_fit judge_host(const pack_head &head, const host_info &host) {
     return {true, first_line, ""};
 }
 
-package_fit judge_gnss_board(const pack_head &head, const host_info &host) {
+candidate_fit judge_gnss_board(const pack_head &head, const host_info &host) {
     constexpr const char *first_line = "got   gnss board package\n";
     if (is_a1(host)) {
         const bool fits = digits_match(host, 6, head, 4);
@@ -55,7 +55,7 @@ package_fit judge_gnss_board(const pack_head &head, const host_info &host) {
     return {fits, first_line, fits ? "" : "pn 45 not fit\n"};
 }
 
-package_fit judge_radio(const pack_head &head, const host_info &host) {
+candidate_fit judge_radio(const pack_head &head, const host_info &host) {
     constexpr const char *first_line = "got   radio  package\n";
     const bool second_matches = digit(host, 11) == pn_digit(head, 10);
     if (code(host, 10) - '+' == pn_digit(head, 9) && second_matches) {
@@ -70,12 +70,12 @@ package_fit judge_radio(const pack_head &head, const host_info &host) {
     return {false, first_line, "pn radio not fit\n"};
 }
 
-package_fit judge_lband(const pack_head &, const host_info &host) {
+candidate_fit judge_lband(const pack_head &, const host_info &host) {
     const bool fits = (code(host, 15) & 2) != 0;
     return {fits, "got  lband  package\n", fits ? "" : "pn lband not fit\n"};
 }
 
-package_fit judge_gprs(const pack_head &head, const host_info &host) {
+candidate_fit judge_gprs(const pack_head &head, const host_info &host) {
     const int first = pn_digit(head, 7);
     const bool fits = (digit(host, 8) == first || code(host, 8) - '5' == first) &&
                       digit(host, 9) == pn_digit(head, 8);
@@ -83,7 +83,7 @@ package_fit judge_gprs(const pack_head &head, const host_info &host) {
 }
 
 // By package type.
-constexpr package_fit (*judges[])(const pack_head &, const host_info &) = {
+constexpr candidate_fit (*judges[])(const pack_head &, const host_info &) = {
     judge_host, judge_gnss_board, judge_radio, judge_lband, judge_gprs};
 
 } // namespace
@@ -103,7 +103,7 @@ int pn_digit(const pack_head &head, unsigned index) {
     return static_cast<int>(index % 2 == 0 ? pair >> 4 : pair & 0xf);
 }
 
-package_fit judge_part_number(const pack_head &head, const host_info &host) {
+candidate_fit judge_part_number(const pack_head &head, const host_info &host) {
     const int type = pn_digit(head, 6);
     if (type > gprs_package) {
         return {false, "", "invailed package!\n"};
