@@ -1,0 +1,16 @@
+#pragma once
+
+// What the library at the system-call boundary and the desk agree on.
+namespace simulator {
+
+// The desk's datagram socket, by its path in the unit. A record is "<kind> <text>", with the kinds
+// of event_kind and "memory <KiB>".
+constexpr const char record_path[] = "/.simulator/record";
+
+// How many times faster than the desk's the unit's clock runs.
+constexpr const char speed_variable[] = "SIMULATOR_SPEED";
+
+// Set for the program that is under observation, not for what it starts.
+constexpr const char program_variable[] = "SIMULATOR_PROGRAM";
+
+} // namespace simulator

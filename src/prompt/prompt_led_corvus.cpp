@@ -1,0 +1,235 @@
+#include "prompt/prompt_led_corvus.h"
+
+#include "platform/debug.h"
+#include "prompt/led.h"
+#include "prompt/led_confirm.h"
+#include "prompt/led_pattern.h"
+#include "prompt/local_host.h"
+#include "prompt/mw_key.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace renewer {
+
+namespace {
+
+int s_led_init_status = 0;
+int g_key_fd = -1;
+std::atomic<int> s_led_thread_run = 0; // not 0: there is a thread to be joined
+pthread_t thr_led;
+
+constexpr std::array<led_state, 2> charge_phase = {{{light_charge, true}, {light_power, false}}};
+constexpr std::array<led_state, 2> power_phase = {{{light_charge, false}, {light_power, true}}};
+constexpr std::array<led_state, 2> both_off = {{{light_charge, false}, {light_power, false}}};
+constexpr std::array<led_state, 2> both_on = {{{light_charge, true}, {light_power, true}}};
+
+constexpr std::array<led_state, 4> result_on = {{
+    {light_static_data, true},
+    {light_gps, true},
+    {light_data_se, true},
+    {light_power, true},
+}};
+constexpr std::array<led_state, 3> result_off = {{
+    {light_gps, false},
+    {light_data_se, false},
+    {light_power, false},
+}};
+
+constexpr std::array<led_state, 6> running_start = {{
+    {light_static_data, true},
+    {light_gps, false},
+    {light_data_se, false},
+    {light_data_re, false},
+    {light_charge, false},
+    {light_power, false},
+}};
+constexpr std::array<led_state, 5> running_gps = {{
+    {light_gps, true},
+    {light_data_se, false},
+    {light_data_re, false},
+    {light_charge, false},
+    {light_power, false},
+}};
+constexpr std::array<led_state, 5> running_data_se = {{
+    {light_gps, false},
+    {light_data_se, true},
+    {light_data_re, false},
+    {light_charge, false},
+    {light_power, false},
+}};
+constexpr std::array<led_state, 5> running_power = {{
+    {light_gps, false},
+    {light_data_se, false},
+    {light_data_re, false},
+    {light_charge, false},
+    {light_power, true},
+}};
+constexpr std::array<std::span<const led_state>, 4> running_light = {
+    running_start, running_gps, running_data_se, running_power};
+
+constexpr int last_blink_step = 99;
+constexpr size_t last_running_step = 300;
+
+// The thread takes no signals: the alarm that limits the install script must be taken by the run's
+// own thread, whose wait it interrupts.
+int start_blink_thread() {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const int error = pthread_create(&thr_led, nullptr, led_thread_fun_corvus_bd, nullptr);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return error;
+}
+
+void end_running_indication() {
+    if (s_led_thread_run.exchange(0) != 0) {
+        pthread_join(thr_led, nullptr);
+    }
+}
+
+int show_refusal() {
+    end_running_indication();
+    show_leds(five_off);
+    for (int flash = 0; flash < 3; ++flash) {
+        show_leds(result_on);
+        sleep(1);
+        show_leds(result_off);
+        sleep(1);
+    }
+    sleep(3);
+    return 1;
+}
+
+bool has_charge_pattern(const host_info &host) {
+    const char pn5 = host.pn[5];
+    return host.pn[4] == '5' && pn5 >= '6' && pn5 <= '9';
+}
+
+} // namespace
+
+const prompt_funs s_prompt_led_corvus = {
+    init_screen_corvus,
+    uninit_screen_corvus,
+    prompt_confirm_screen_corvus,
+    prompt_success_screen_corvus,
+    prompt_updating_screen_corvus,
+    prompt_failure_screen_corvus,
+    prompt_notallow_screen_corvus,
+};
+
+int init_screen_corvus() {
+    if (s_led_init_status != 1) {
+        g_key_fd = key_open(1);
+        if (g_key_fd < 0) {
+            debug(0, "key fd < 0\n");
+        }
+        s_led_init_status = 1;
+    }
+    led_on_by_name(light_static_data);
+    return 1;
+}
+
+int uninit_screen_corvus() {
+    if (s_led_init_status == 1) {
+        key_close(g_key_fd);
+        g_key_fd = -1;
+        s_led_init_status = 0;
+    }
+    return 1;
+}
+
+int prompt_confirm_screen_corvus() {
+    host_info host;
+    if (!read_local_host(host)) {
+        return 0;
+    }
+    debug(5, "prompt_confirm_led_sula\n");
+    led_on_by_name(light_static_data);
+    show_leds(five_off);
+    return wait_for_confirmation(g_key_fd);
+}
+
+int prompt_updating_screen_corvus() {
+    debug(5, "prompt_updating_led_corvus\n");
+    end_running_indication();
+    host_info host;
+    if (!read_local_host(host)) {
+        return 0;
+    }
+    puts("################update coming!#####################");
+    s_led_thread_run = 1;
+    const int error = start_blink_thread();
+    if (error != 0) {
+        s_led_thread_run = 0;
+        errno = error;
+        perror("====create led_thread_fun error\n");
+    }
+    return 1;
+}
+
+int prompt_success_screen_corvus() {
+    debug(5, "prompt_success_led\n");
+    end_running_indication();
+    host_info host;
+    if (!read_local_host(host)) {
+        return 0;
+    }
+    show_leds(five_off);
+    if (has_charge_pattern(host)) {
+        show_leds(both_on);
+    } else {
+        show_leds(result_on);
+    }
+    sleep(3);
+    show_leds(five_off);
+    return 1;
+}
+
+int prompt_failure_screen_corvus() {
+    debug(5, "prompt_failure_led_corvus\n");
+    return show_refusal();
+}
+
+int prompt_notallow_screen_corvus() {
+    debug(5, "prompt_notallow_led_corvus\n");
+    return show_refusal();
+}
+
+void *led_thread_fun_corvus_bd(void *) {
+    show_leds(five_off);
+    for (int step = 0; s_led_thread_run != 0; step = step == last_blink_step ? 0 : step + 1) {
+        show_leds(step % 2 == 0 ? charge_phase : power_phase);
+        usleep(500000);
+    }
+    show_leds(both_off);
+    return nullptr;
+}
+
+void *led_thread_fun_corvus(void *) {
+    show_leds(five_off);
+    for (size_t step = 0; s_led_thread_run != 0; step = step == last_running_step ? 0 : step + 1) {
+        show_leds(running_light[step % running_light.size()]);
+        usleep(200000);
+    }
+    show_leds(five_off);
+    return nullptr;
+}
+
+int get_key_code(int fd) {
+    key_event event = {};
+    if (read(fd, &event, sizeof(event)) <= 0) {
+        return -1;
+    }
+    if (event.code == 0) {
+        return 0;
+    }
+    return event.value == 0 ? event.code + key_released : event.code;
+}
+
+} // namespace renewer

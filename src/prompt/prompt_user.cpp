@@ -1,0 +1,60 @@
+#include "prompt/prompt_user.h"
+
+#include "prompt/local_host.h"
+#include "prompt/prompt_led_corvus.h"
+
+#include <array>
+
+namespace renewer {
+
+namespace {
+
+struct prompt_choice {
+    char pn2;
+    char pn3;
+    const prompt_funs *set;
+};
+
+constexpr std::array prompt_choices = {
+    prompt_choice{'1', '3', &s_prompt_led_corvus},
+};
+
+using prompt_operation = int (*)();
+
+// In the order of the prompt numbers, from PROMPT_CONFIRM on.
+constexpr std::array<prompt_operation prompt_funs::*, PROMPT_INIT> slots = {
+    &prompt_funs::confirm, &prompt_funs::success,  &prompt_funs::updating,
+    &prompt_funs::failure, &prompt_funs::notallow, &prompt_funs::init,
+};
+
+const prompt_funs *s_prompt_funs = nullptr;
+
+const prompt_funs *prompt_set_of(const host_info &host) {
+    for (const prompt_choice &choice : prompt_choices) {
+        if (host_pn_is(host, 2, choice.pn2, choice.pn3)) {
+            return choice.set;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+int prompt_user(int number) {
+    host_info host;
+    if (!read_local_host(host)) {
+        return 0;
+    }
+    s_prompt_funs = prompt_set_of(host);
+    if (s_prompt_funs == nullptr) {
+        return 0;
+    }
+    s_prompt_funs->init();
+    if (number < PROMPT_CONFIRM || number > PROMPT_INIT) {
+        return 0;
+    }
+    const prompt_operation operation = s_prompt_funs->*slots[static_cast<size_t>(number - 1)];
+    return operation == nullptr ? 0 : operation();
+}
+
+} // namespace renewer

@@ -1,0 +1,93 @@
+#include "update/install_step.h"
+
+#include "package/common.h"
+#include "platform/owner.h"
+#include "platform/shell.h"
+#include "update/timed_command.h"
+
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+namespace renewer {
+
+namespace {
+
+constexpr const char pack_version_path[] = "/tmp/pack_version";
+constexpr const char data_version_path[] = "/tmp/data_version";
+constexpr int install_tries = 2;
+
+// The first line of a version file: "renewer_version:v1.1.4".
+constexpr const char version_prefix[] = "renewer_version:v";
+constexpr size_t version_size = 32;
+
+int run_install_script(int timeout) {
+    char command[128];
+    snprintf(command, sizeof(command), "%s%s", "/firmware",
+             "/install.sh 1>/data/app/log/update.log 2>&1");
+    return fork_exec_timeout(command, "install.sh", static_cast<unsigned>(timeout), install_tries);
+}
+
+// The prefix is passed over by its length alone; a line that is not longer gives an empty text.
+// The line end stays with the version when the line fits.
+int read_version(const char *path, char (&version)[version_size]) {
+    const owned_file file(fopen(path, "re"));
+    if (file == nullptr) {
+        perror("fopen");
+        return 0;
+    }
+    char line[version_size] = {};
+    if (fgets(line, sizeof(line), file.get()) == nullptr) {
+        memset(line, 0, sizeof(line));
+    }
+    snprintf(version, sizeof(version), "%s", line + strlen(version_prefix));
+    return 1;
+}
+
+void copy_own_update() {
+    if (access("/data/sbin/update", F_OK) == 0) {
+        puts("/data/sbin/update already exist\r");
+    } else {
+        shell("mkdir -p /data/sbin/update");
+    }
+    shell("cp /firmware/renewer.bin /data/sbin/update/renewer");
+    shell("cp /firmware/renewer.bin /data/sbin/renewer");
+    shell("sync");
+}
+
+int copy_own_update_unless_older() {
+    puts("this is new version checkupdate\r");
+    char pack_version[version_size] = {};
+    char data_version[version_size] = {};
+    if (read_version(pack_version_path, pack_version) == 0 ||
+        read_version(data_version_path, data_version) == 0) {
+        return 0;
+    }
+    printf("pack version %s\n", pack_version);
+    printf("data version %s\n", data_version);
+    if (edition_compare(pack_version, data_version) >= 0) {
+        copy_own_update();
+    }
+    return 1;
+}
+
+} // namespace
+
+int do_update([[maybe_unused]] const char *path, int timeout) {
+    shell("sync");
+    if (shell("cp -drf /firmware/update/* /firmware/") != 0) {
+        return 0;
+    }
+    printf("wait %d sec...\n", timeout);
+    shell("sync");
+    if (run_install_script(timeout) != 0) {
+        return 0;
+    }
+    if (access(pack_version_path, F_OK) != 0) {
+        copy_own_update();
+        return 1;
+    }
+    return copy_own_update_unless_older();
+}
+
+} // namespace renewer

@@ -1,0 +1,28 @@
+#pragma once
+
+namespace renewer {
+
+// Runs `command` through the system shell in a child process under a time limit, up to `tries`
+// times (at least once), until an attempt succeeds.
+//
+// command: shell command line.
+// name:    name of the process that the time-out ends (see `handleTimeout`); 63 characters count.
+// timeout: seconds for each attempt; (unsigned)-1 is no limit in practice.
+//
+// An attempt succeeds when the command ends by itself, in time, with exit code 0. When an attempt
+// fails, what it left running is given a few seconds and then ended by its process group, so that
+// nothing of it goes on beside the next attempt; what a successful attempt leaves running goes on.
+//
+// Prints "fork_exec: <command>" for each attempt and "status <exit code>" for each that was not
+// ended by a signal; the code of a shell that a signal ended is 128 plus the signal's number.
+//
+// Returns 0 for success; the wait status (wait(2)) of the last attempt when its exit code was not
+// 0; 1 when the last attempt was ended by a signal or by the time-out, or when no child could be
+// made, which is reported with the prefix "fork failed".
+int fork_exec_timeout(const char *command, const char *name, unsigned timeout, int tries);
+
+// Handler of SIGALRM while an attempt runs: on the first alarm of an attempt runs "killall <name>"
+// and sets the alarm again; on the second ends what still runs of the attempt.
+void handleTimeout(int signal);
+
+} // namespace renewer

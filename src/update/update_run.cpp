@@ -1,0 +1,189 @@
+#include "update/update_run.h"
+
+#include "platform/debug.h"
+#include "platform/shell.h"
+#include "power/bat.h"
+#include "prompt/prompt_user.h"
+#include "unit/host_info.h"
+#include "update/install_step.h"
+#include "update/package_fit.h"
+#include "update/package_removal.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+namespace renewer {
+
+namespace {
+
+constexpr const char over_marker[] = "/tmp/update_over";
+constexpr int host_time_limit = 60; // seconds for the install script of a host package
+constexpr int no_time_limit = -1;
+constexpr int lowest_bat_percent = 30; // without external power
+constexpr useconds_t marker_poll_us = 100'000;
+
+enum class decision { go_on, refuse, cancel };
+
+bool update_over_exists() {
+    return access(over_marker, F_OK) == 0;
+}
+
+void create_update_over() {
+    shell("touch /tmp/update_over");
+    shell("sync");
+}
+
+bool path_is_allowed(const char *path) {
+    if (strncmp(path, "/mnt", 4) != 0) {
+        return true;
+    }
+    puts("package path mnt  not allow\r");
+    return false;
+}
+
+void stop_application() {
+    shell("killall S080_application");
+    shell("/etc/init.d/S080_application stop");
+}
+
+decision check_power(const host_info &host) {
+    if (!host_pn_is(host, 2, '1', '6')) {
+        return decision::go_on;
+    }
+    constexpr int machine_type = 0;
+    printf("type_ardeaplus=%d\n", machine_type);
+    bat_info power = {};
+    get_bat_percent(machine_type, &power);
+    printf("ext!!!!!!!!!!!!! power %d bat1 %d \n", power.ext_power, power.bat1_percent);
+    if (power.ext_power != 0 || power.bat1_percent >= lowest_bat_percent) {
+        return decision::go_on;
+    }
+    prompt_user(PROMPT_NOTALLOW);
+    debug(1, " no ext power and baterry low , cannot  update program\n");
+    shell("sync");
+    return decision::refuse;
+}
+
+// A package that lies in the unit's own firmware storage was put there by the unit itself.
+decision ask_user(const char *path) {
+    if (strstr(path, "firmware") != nullptr) {
+        return decision::go_on;
+    }
+    debug(1, "coming................");
+    if (prompt_user(PROMPT_CONFIRM) == 1) {
+        return decision::go_on;
+    }
+    debug(1, "user canceled  update program\n");
+    prompt_user(PROMPT_NOTALLOW);
+    return decision::cancel;
+}
+
+// Everything that is decided before the unit is changed.
+decision prepare(const update_arguments &arguments) {
+    host_info host = {};
+    if (get_local_host_info(&host) != 1) {
+        fputs("get_local_host_info() failure\n", stderr);
+        return decision::refuse;
+    }
+    if (!path_is_allowed(arguments.path) ||
+        package_fits(arguments.kind, arguments.expected, host) != 1) {
+        return decision::refuse;
+    }
+    stop_application();
+    if (prompt_user(PROMPT_INIT) != 1) {
+        debug(1, "Update status init err\n");
+        return decision::refuse;
+    }
+    if (const decision power = check_power(host); power != decision::go_on) {
+        return power;
+    }
+    debug(5, "str path=%s\n", arguments.path);
+    if (const decision answer = ask_user(arguments.path); answer != decision::go_on) {
+        return answer;
+    }
+    return prompt_user(PROMPT_UPDATING) == 1 ? decision::go_on : decision::refuse;
+}
+
+int install(const update_arguments &arguments) {
+    const bool is_host = arguments.kind == KIND_OLD_HOST || arguments.kind == KIND_NEW_HOST;
+    debug(2, "updating system ...\n");
+    shell("sync");
+    return do_update(arguments.path, is_host ? host_time_limit : no_time_limit);
+}
+
+[[noreturn]] void reboot_unit() {
+    shell("/etc/init.d/rc.stop");
+    shell("/etc/init.d/umount_all");
+    shell("sync");
+    shell("reboot");
+    exit(1);
+}
+
+[[noreturn]] void end_cancelled() {
+    create_update_over();
+    sleep(1);
+    exit(0);
+}
+
+[[noreturn]] void end_successful(const char *path) {
+    sleep(10);
+    prompt_user(PROMPT_SUCCESS);
+    shell("touch /tmp/update_flag");
+    debug(5, "update success!\n");
+    shell("echo update_success >> /data/app/log/update.log");
+    remove_package(path);
+    create_update_over();
+    shell("echo rm_file_success >> /data/app/log/update.log");
+    sleep(1);
+    for (;;) {
+        shell("echo check_update_over >> /data/app/log/update.log");
+        if (!update_over_exists()) {
+            break;
+        }
+        usleep(marker_poll_us);
+    }
+    reboot_unit();
+}
+
+[[noreturn]] void end_failed(const char *path) {
+    shell("touch /tmp/update_flag");
+    prompt_user(PROMPT_FAILURE);
+    remove_package(path);
+    create_update_over();
+    sleep(1);
+    while (update_over_exists()) {
+        usleep(marker_poll_us);
+    }
+    reboot_unit();
+}
+
+} // namespace
+
+void sig_file() {
+    create_update_over();
+    sleep(1);
+    while (update_over_exists()) {
+        sleep(2);
+    }
+    exit(0);
+}
+
+void update_run(const update_arguments &arguments) {
+    debug(5, "this is renewer!\n");
+    switch (prepare(arguments)) {
+    case decision::refuse:
+        sig_file();
+    case decision::cancel:
+        end_cancelled();
+    case decision::go_on:
+        break;
+    }
+    if (install(arguments) != 1) {
+        end_failed(arguments.path);
+    }
+    end_successful(arguments.path);
+}
+
+} // namespace renewer
