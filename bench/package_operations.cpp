@@ -44,12 +44,26 @@ constexpr struct {
 } operations[] = {
     {"check", 1, check}, {"unpack", 2, unpack}, {"generate", 2, generate}, {"find", 2, find}};
 
+// Tells the largest memory that this process has held (proc(5), status): what getrusage tells
+// includes the memory of the program that started it.
+void tell_peak_memory() {
+    FILE *const status = fopen("/proc/self/status", "r");
+    char line[128];
+    while (status != nullptr && fgets(line, sizeof(line), status) != nullptr) {
+        if (strncmp(line, "VmHWM:", 6) == 0) {
+            fputs(line, stderr);
+        }
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
     for (const auto &[name, arguments, run] : operations) {
         if (argc == arguments + 2 && argv[1] == name) {
-            return run(argv + 2) == 1 ? 0 : 1;
+            const int result = run(argv + 2);
+            tell_peak_memory();
+            return result == 1 ? 0 : 1;
         }
     }
     fputs("usage: package_operations check FILE | unpack FILE DIR | generate FILE PACKAGE |"
