@@ -1,12 +1,12 @@
 #include "prompt/led_confirm.h"
 
 #include "platform/debug.h"
+#include "prompt/key_wait.h"
 #include "prompt/led_pattern.h"
 #include "prompt/mw_key.h"
 
 #include <cstdio>
 #include <ctime>
-#include <sys/select.h>
 
 namespace renewer {
 
@@ -24,7 +24,7 @@ constexpr int last_blink = 100;
 
 struct question {
     int key_fd;
-    timeval time_out;  // left of the running slice
+    timeval time_out;  // left of the running slice: a key event does not lengthen it
     int left_ms;       // of the budget, in whole slices
     int power_presses; // releases of the power key
     timespec power_press_time;
@@ -32,22 +32,6 @@ struct question {
 };
 
 constexpr timeval whole_slice = {0, slice_ms * 1000};
-
-bool is_watched(int key_fd) {
-    return key_fd >= 0 && key_fd < FD_SETSIZE;
-}
-
-// select leaves in the time-out what it has not slept (select(2), Linux), so a key event does not
-// lengthen the slice.
-int wait_for_key(question &asked) {
-    fd_set readable;
-    FD_ZERO(&readable);
-    if (!is_watched(asked.key_fd)) {
-        return select(0, nullptr, nullptr, nullptr, &asked.time_out);
-    }
-    FD_SET(asked.key_fd, &readable);
-    return select(asked.key_fd + 1, &readable, nullptr, nullptr, &asked.time_out);
-}
 
 int take_power_press(question &asked) {
     clock_gettime(CLOCK_MONOTONIC_RAW, &asked.power_press_time);
@@ -81,7 +65,7 @@ int take_silence(question &asked) {
 }
 
 int wait_one_slice(question &asked) {
-    const int ready = wait_for_key(asked);
+    const int ready = wait_for_key(asked.key_fd, &asked.time_out);
     if (ready < 0) {
         return declined;
     }

@@ -1,6 +1,7 @@
 #include "prompt/prompt_led_corvus.h"
 
 #include "platform/debug.h"
+#include "platform/thread.h"
 #include "prompt/led.h"
 #include "prompt/led_confirm.h"
 #include "prompt/led_pattern.h"
@@ -9,9 +10,7 @@
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <pthread.h>
 #include <unistd.h>
 
 namespace renewer {
@@ -75,25 +74,13 @@ constexpr std::array<std::span<const led_state>, 4> running_light = {
 constexpr int last_blink_step = 99;
 constexpr size_t last_running_step = 300;
 
-// The thread takes no signals: the alarm that limits the install script must be taken by the run's
-// own thread, whose wait it interrupts.
-int start_blink_thread() {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    const int error = pthread_create(&thr_led, nullptr, led_thread_fun_corvus_bd, nullptr);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return error;
-}
-
 void end_running_indication() {
     if (s_led_thread_run.exchange(0) != 0) {
         pthread_join(thr_led, nullptr);
     }
 }
 
-int show_refusal() {
+int flash_result() {
     end_running_indication();
     show_leds(five_off);
     for (int flash = 0; flash < 3; ++flash) {
@@ -164,7 +151,7 @@ int prompt_updating_screen_corvus() {
     }
     puts("################update coming!#####################");
     s_led_thread_run = 1;
-    const int error = start_blink_thread();
+    const int error = start_thread(&thr_led, led_thread_fun_corvus_bd);
     if (error != 0) {
         s_led_thread_run = 0;
         errno = error;
@@ -193,12 +180,12 @@ int prompt_success_screen_corvus() {
 
 int prompt_failure_screen_corvus() {
     debug(5, "prompt_failure_led_corvus\n");
-    return show_refusal();
+    return flash_result();
 }
 
 int prompt_notallow_screen_corvus() {
     debug(5, "prompt_notallow_led_corvus\n");
-    return show_refusal();
+    return flash_result();
 }
 
 void *led_thread_fun_corvus_bd(void *) {

@@ -2,6 +2,7 @@
 
 #include "prompt/local_host.h"
 #include "prompt/prompt_led_corvus.h"
+#include "prompt/prompt_screen_ardea.h"
 
 #include <array>
 
@@ -16,6 +17,7 @@ struct prompt_choice {
 };
 
 constexpr std::array prompt_choices = {
+    prompt_choice{'1', '6', &s_prompt_screen_ardea},
     prompt_choice{'1', '3', &s_prompt_led_corvus},
 };
 

@@ -1,0 +1,19 @@
+#include "simulator/picture.h"
+
+#include <png.h>
+#include <stdexcept>
+
+namespace simulator {
+
+void write_png(const std::filesystem::path &path, const picture &content) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(content.width);
+    image.height = static_cast<png_uint_32>(content.height);
+    image.format = PNG_FORMAT_RGB;
+    if (!png_image_write_to_file(&image, path.c_str(), 0, content.rgb.data(), 0, nullptr)) {
+        throw std::runtime_error(path.string() + ": " + image.message);
+    }
+}
+
+} // namespace simulator

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace simulator {
+
+// What a panel shows to its user: pixels of red, green and blue, row after row from the top.
+struct picture {
+    int width = 0;
+    int height = 0;
+    std::vector<uint8_t> rgb;
+
+    bool operator==(const picture &) const = default;
+};
+
+// Writes a PNG file. Throws std::runtime_error when that fails.
+void write_png(const std::filesystem::path &path, const picture &content);
+
+} // namespace simulator

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+
+// A link to a display through an SPI device node of Linux (linux/spi/spidev.h). Nothing here
+// prints: each display says in its own words what went wrong.
+namespace renewer {
+
+// Whether a panel takes the bytes that follow as commands or as data.
+enum class spidev_level { command, data };
+
+// Sets the mode, the bits per word and the maximum clock in Hz of the link and reads each back into
+// its place, so that they then hold what the kernel driver works with. A setting that the driver
+// refuses, or cannot tell, is left as it was.
+void spidev_configure(int fd, uint8_t &mode, uint8_t &bits_per_word, uint32_t &speed_hz);
+
+// Switches the panel's data/command line. The SPI driver of the unit takes two spidev requests
+// with a plain integer argument for it; a standard spidev driver refuses them, which goes unseen.
+void spidev_select(int fd, spidev_level level);
+
+// Sends `length` bytes as one transfer, with a pause of `delay_us` microseconds after it. What the
+// panel answers meanwhile is not taken.
+//
+// Returns the number of bytes sent; a negative value when the transfer failed, with the reason in
+// errno.
+int spidev_transfer(int fd, const uint8_t *bytes, uint32_t length, uint32_t speed_hz,
+                    uint16_t delay_us, uint8_t bits_per_word);
+
+} // namespace renewer

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "files.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// Pictures for the display tests, and what netpbm, another program, makes of them.
+
+// Pixels of red, green and blue at random, row after row from the top.
+inline std::string random_pixels(int width, int height) {
+    static std::mt19937 generator(20240229);
+    std::string pixels(static_cast<size_t>(width * height * 3), '\0');
+    for (char &part : pixels) {
+        part = static_cast<char>(generator() & 0xFF);
+    }
+    return pixels;
+}
+
+inline std::string ppm_of(int width, int height, const std::string &pixels) {
+    return "P6\n" + std::to_string(width) + " " + std::to_string(height) + "\n255\n" + pixels;
+}
+
+// What a program of netpbm makes of `input`.
+inline std::string netpbm(const std::string &command, const std::string &input) {
+    put_file("/tmp/netpbm.in", input);
+    const std::string line = command + " < /tmp/netpbm.in > /tmp/netpbm.out";
+    const int child = fork();
+    if (child == 0) {
+        execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+        _exit(127);
+    }
+    int status = 0;
+    if (waitpid(child, &status, 0) != child || status != 0) {
+        throw std::runtime_error(command + " failed; the tests need the package netpbm");
+    }
+    return get_file("/tmp/netpbm.out");
+}
+
+inline std::string bmp_of(int width, int height, const std::string &pixels) {
+    return netpbm("ppmtobmp -quiet -bpp=24", ppm_of(width, height, pixels));
+}
+
+// The bytes that the LCD takes for pixels of red, green and blue: the 16-bit number with red above
+// green above blue, in big-endian order.
+inline std::string rgb565_of(const std::string &pixels) {
+    std::string result;
+    for (size_t i = 0; i < pixels.size(); i += 3) {
+        const auto part = [&](size_t at) { return static_cast<uint8_t>(pixels[i + at]); };
+        const int value = part(0) / 8 * 2048 + part(1) / 4 * 32 + part(2) / 8;
+        result += {static_cast<char>(value / 256), static_cast<char>(value % 256)};
+    }
+    return result;
+}

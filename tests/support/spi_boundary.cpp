@@ -1,0 +1,168 @@
+#include "tests/support/spi_boundary.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <linux/spi/spidev.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/select.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+spi_boundary &spi() {
+    static spi_boundary the_link;
+    return the_link;
+}
+
+void spi_boundary::forget() {
+    transcript.clear();
+    pixels.clear();
+    transfers = 0;
+}
+
+namespace {
+
+constexpr unsigned long command_level_request = 0x80046B05;
+constexpr unsigned long data_level_request = 0x40046B05;
+
+void note(const std::string &line) {
+    spi().transcript += line + "\n";
+}
+
+int set_level(int level, int argument) {
+    if (argument != level) {
+        note("wrong level argument " + std::to_string(argument));
+    }
+    note(level == 0 ? "command level" : "data level");
+    spi().panel.level(argument);
+    return 0;
+}
+
+int send(const spi_ioc_transfer &transfer) {
+    ++spi().transfers;
+    spi_ioc_transfer expected{};
+    expected.tx_buf = transfer.tx_buf;
+    expected.len = transfer.len;
+    expected.speed_hz = std::min(50000000u, spi().highest_speed);
+    expected.bits_per_word = 8;
+    if (memcmp(&transfer, &expected, sizeof(expected)) != 0) {
+        note("wrong settings of the transfer");
+    }
+    if (spi().failing.contains(spi().transfers)) {
+        note("failed transfer of " + std::to_string(transfer.len));
+        errno = EIO;
+        return -1;
+    }
+    const auto *bytes = reinterpret_cast<const uint8_t *>(static_cast<uintptr_t>(transfer.tx_buf));
+    const std::string line = spi().panel.transfer({bytes, transfer.len});
+    note(line);
+    if (line.starts_with("pixels")) {
+        spi().pixels.append(bytes, bytes + transfer.len);
+    } else {
+        spi().pixels.clear();
+    }
+    return static_cast<int>(transfer.len);
+}
+
+int settings(unsigned long request, void *value) {
+    static uint8_t mode, bits;
+    static uint32_t speed;
+    const auto exchange = [](const char *what, auto &kept, auto *place, bool write, auto accepted) {
+        if (write) {
+            kept = accepted(*place);
+            note("set " + std::string(what) + " " + std::to_string(*place));
+        } else {
+            *place = kept;
+            note("get " + std::string(what) + " " + std::to_string(kept));
+        }
+        return 0;
+    };
+    const auto any = [](auto wanted) { return wanted; };
+    const auto limited = [](uint32_t wanted) { return std::min(wanted, spi().highest_speed); };
+    const bool write = _IOC_DIR(request) == _IOC_WRITE;
+    switch (_IOC_NR(request)) {
+    case _IOC_NR(SPI_IOC_WR_MODE):
+        return exchange("mode", mode, static_cast<uint8_t *>(value), write, any);
+    case _IOC_NR(SPI_IOC_WR_BITS_PER_WORD):
+        return exchange("bits", bits, static_cast<uint8_t *>(value), write, any);
+    case _IOC_NR(SPI_IOC_WR_MAX_SPEED_HZ):
+        return exchange("speed", speed, static_cast<uint32_t *>(value), write, limited);
+    default:
+        note("unknown request " + std::to_string(request));
+        errno = ENOTTY;
+        return -1;
+    }
+}
+
+} // namespace
+
+// These take the place of the C library's for the whole test program.
+
+extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    void *const argument = va_arg(arguments, void *);
+    va_end(arguments);
+    if (_IOC_TYPE(request) != SPI_IOC_MAGIC) {
+        return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
+    }
+    const int number = static_cast<int>(reinterpret_cast<uintptr_t>(argument));
+    switch (request) {
+    case command_level_request:
+        return set_level(0, number);
+    case data_level_request:
+        return set_level(1, number);
+    case SPI_IOC_MESSAGE(1):
+        return send(*static_cast<const spi_ioc_transfer *>(argument));
+    default:
+        return settings(request, argument);
+    }
+}
+
+extern "C" int system(const char *command) {
+    note("shell " + std::string(command));
+    int value = 0;
+    char line[32];
+    if (sscanf(command, "echo %d > /sys/class/leds/%31[^/]/brightness", &value, line) != 2) {
+        return 1;
+    }
+    if (std::string(line) == "Oled_Power") {
+        spi().panel.power(value != 0);
+    } else if (std::string(line) == "Oled_Rst") {
+        spi().panel.reset(value != 0);
+    }
+    return 0;
+}
+
+extern "C" int usleep(useconds_t time) {
+    note("wait " + std::to_string(time) + " us");
+    return 0;
+}
+
+extern "C" unsigned sleep(unsigned seconds) {
+    if (spi().before_sleep) {
+        spi().before_sleep();
+    }
+    note("sleep " + std::to_string(seconds) + " s");
+    return 0;
+}
+
+// The time passes at once when nothing is to be read.
+extern "C" int select(int count, fd_set *readable, fd_set *, fd_set *, timeval *time_out) {
+    char text[64];
+    snprintf(text, sizeof(text), "select %ld.%06ld s", static_cast<long>(time_out->tv_sec),
+             static_cast<long>(time_out->tv_usec));
+    note(text);
+    for (int fd = 0; fd < count; ++fd) {
+        pollfd one = {fd, POLLIN, 0};
+        if (FD_ISSET(fd, readable) && poll(&one, 1, 0) == 1) {
+            return 1;
+        }
+    }
+    *time_out = {};
+    return 0;
+}
