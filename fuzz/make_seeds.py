@@ -69,6 +69,15 @@ def units_with_candidates():
         yield pn, record + name + old_package([], digits) + old_package([], digits, 0x020010)
 
 
+def picture(width, height, bits=24, fill=0):
+    row = (width * bits // 8 + 3) // 4 * 4
+    pixels = bytes(i * 37 % 251 for i in range(row * abs(height)))
+    begin = 54 + fill
+    head = b"BM" + struct.pack("<IHHI", begin + len(pixels), 0, 0, begin)
+    head += struct.pack("<IiiHHIIiiII", 40, width, height, 1, bits, 0, len(pixels), 0, 0, 0, 0)
+    return head + b"\0" * fill + pixels
+
+
 def main(directory):
     seeds = {
         "headers": packages(),
@@ -77,6 +86,9 @@ def main(directory):
         "discovery": units_with_candidates(),
         "host_record": [("usual", b"1234567" + b"1013563400120002"), ("empty", b""),
                         ("long", b"1" * 200)],
+        "bmp": [("usual", picture(4, 2)), ("padded", picture(5, 3)), ("deep", picture(3, 2, 32)),
+                ("top_first", picture(4, -2)), ("far", picture(2, 2, fill=20)),
+                ("shallow", picture(8, 2, 8))],
         "editions": [("older", b"1.1.4\n1.1.10"), ("prefix", b"1.2\n1.2.1"),
                      ("large", b"1.99999999999999999999\n1.-99999999999999999999")],
     }
