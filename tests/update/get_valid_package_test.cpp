@@ -1,9 +1,7 @@
 #include "update/get_valid_package.h"
 
 #include "platform/owner.h"
-#include "tests/package/sample.h"
-#include "tests/support/files.h"
-#include "tests/support/printed.h"
+#include "tests/update/storage.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,57 +11,17 @@
 
 using namespace renewer;
 using namespace std::string_literals;
+using namespace storage;
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char *storage = "/media/sda1";
-constexpr uint32_t version_1_2_3 = 0x010203;
-
-host_info unit_with(const std::string &pn) {
-    host_info host = {};
-    pn.copy(host.pn, sizeof(host.pn));
-    return host;
-}
-
-// PN digits of a package, one a hexadecimal character each, as their bytes.
-std::string packed(const std::string &digits) {
-    std::string bytes;
-    for (size_t i = 0; i < digits.size(); i += 2) {
-        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
-    }
-    return bytes;
-}
-
-void put_package(const fs::path &path, const std::string &digits,
-                 uint32_t version = version_1_2_3) {
-    put_file(path, sample::old_header{.version = version, .pn = packed(digits)}.bytes());
-}
-
-// A host package for a unit whose PN is 1013..., and one for units 1016....
-const std::string host_1013 = "10135604001204";
-const std::string host_1016 = "10160000000004";
-
-struct search {
-    int result = -1;
-    std::string path;
-    std::string lines;
-};
-
-search search_in(const std::string &dir, const host_info &host) {
-    search done;
-    char out[512] = "untouched";
-    done.lines = printed([&] { done.result = find_valid_package(dir.c_str(), &host, out, 512); });
-    done.path = out;
-    return done;
-}
-
 TEST(get_valid_package, whole_output_for_a_package_that_fits) {
     put_package("/media/sda1/update_abc_b20240523.bin", "10135604320156");
-    const search done = search_in(storage, unit_with("1013560000000000"));
+    const search done = search_in(directory, unit_with("1013560000000000"));
     EXPECT_EQ(done.result, 0);
     put_package("/media/sda1/update_abc_b20240523.bin", "10135604320155");
-    const search found = search_in(storage, unit_with("1013560000000000"));
+    const search found = search_in(directory, unit_with("1013560000000000"));
     EXPECT_EQ(found.result, 1);
     EXPECT_EQ(found.path, "/media/sda1/update_abc_b20240523.bin");
     EXPECT_EQ(found.lines,
@@ -76,136 +34,10 @@ TEST(get_valid_package, whole_output_for_a_package_that_fits) {
 
 TEST(get_valid_package, part_number_without_an_end_stops_with_the_record) {
     put_package("/media/sda1/update_abc_b20240523.bin", host_1013);
-    const search done = search_in(storage, unit_with("1013" + std::string(66, '7')));
+    const search done = search_in(directory, unit_with("1013" + std::string(66, '7')));
     EXPECT_THAT(done.lines,
                 testing::HasSubstr("stHostinfo 1013" + std::string(66, '7') + "\ngot   package\n"));
 }
-
-TEST(get_valid_package, names) {
-    struct {
-        const char *name;
-        bool taken;
-    } const cases[] = {
-        {"update_abc_b20240523.bin", true},
-        {"update_abc_t20240523.bin", true},
-        {"update_b12345678.bin", true},
-        {"update_b1234567.bin", false}, // 19 characters
-        {"update_b1.bin", false},
-        {"update_abc_x20240523.bin", false},
-        {"update_abc_B20240523.bin", false},
-        {"update_ab_b202405233.bin", false},
-        {"update_abc_b20240523.BIN", false},
-        {"update_abc_b20240523.bin ", false},
-        {"Update_abc_b20240523.bin", false},
-        {" update_abc_b20240523.bin", false},
-        {"update-abc_b20240523.bin", false},
-        {"update_abc_b20240523bin", false},
-    };
-    for (const auto &[name, taken] : cases) {
-        fs::remove_all(storage);
-        put_package(fs::path(storage) / name, host_1013);
-        EXPECT_EQ(search_in(storage, unit_with("1013")).result, taken) << name;
-        EXPECT_EQ(is_package_name(name), taken) << name;
-    }
-}
-
-struct rule_case {
-    const char *pn;     // of the unit
-    const char *digits; // of the package
-    bool fits;
-    const char *lines; // after the summary line
-};
-
-void PrintTo(const rule_case &given, std::ostream *out) {
-    *out << given.digits;
-}
-
-class rules : public testing::TestWithParam<rule_case> {};
-
-TEST_P(rules, by_part_number) {
-    const auto &[pn, digits, fits, lines] = GetParam();
-    put_package("/media/sda1/update_abc_b20240523.bin", digits);
-    const search done = search_in(storage, unit_with(pn));
-    EXPECT_EQ(done.result, fits);
-    const std::string after_summary = done.lines.substr(done.lines.find('\n') + 1);
-    EXPECT_EQ(after_summary,
-              lines + (fits ? "last_ver 66051\n\n/media/sda1/update_abc_b20240523.bin\n"s : ""));
-    EXPECT_EQ(done.path, fits ? "/media/sda1/update_abc_b20240523.bin" : "untouched");
-}
-
-constexpr const char *host_line = "got   package\n";
-constexpr const char *host_refused = "got   package\npn 2/3/17 not fit\n";
-constexpr const char *a1_refused = "got   package\n invailed package,pn not fit";
-constexpr const char *gnss_line = "got   gnss board package\n";
-constexpr const char *radio_line = "got   radio  package\n";
-constexpr const char *radio_refused = "got   radio  package\npn radio not fit\n";
-constexpr const char *gprs_line = "got web  gprs  package\n";
-constexpr const char *gprs_refused = "got web  gprs  package\npn gprs not fit\n";
-
-// Digits of the package:   0123456789abcd (d: digit 13).
-INSTANTIATE_TEST_SUITE_P(host, rules,
-                         testing::Values(rule_case{"1013", "00130000000004", true, host_line},
-                                         rule_case{"1013", "00130000000005", true, host_line},
-                                         rule_case{"1013", "00130000000003", false, host_refused},
-                                         rule_case{"1013", "00130000000006", false, host_refused},
-                                         rule_case{"1013", "00230000000004", false, host_refused},
-                                         rule_case{"1013", "00140000000004", false, host_refused},
-                                         rule_case{"10", "00000000000004", false, host_refused},
-                                         rule_case{"10:3", "00a30000000004", true, host_line},
-                                         rule_case{"A113", "a1130000000004", true, host_line},
-                                         rule_case{"A113", "11130000000004", false, a1_refused},
-                                         rule_case{"A113", "a0130000000004", false, a1_refused},
-                                         rule_case{"A113", "1a130000000004", false, a1_refused},
-                                         rule_case{"A113", "a1140000000004", false, host_refused},
-                                         rule_case{"A213", "a1130000000004", true, host_line}));
-
-INSTANTIATE_TEST_SUITE_P(gnss_board, rules,
-                         testing::Values(rule_case{"10135678", "00005610000000", true, gnss_line},
-                                         rule_case{"10135678", "00005710000000", false,
-                                                   "got   gnss board package\npn 45 not fit\n"},
-                                         rule_case{"10135678", "00007810000000", false,
-                                                   "got   gnss board package\npn 45 not fit\n"},
-                                         rule_case{"A1135678", "00007810000000", true, gnss_line},
-                                         rule_case{"A1135678", "00005610000000", false,
-                                                   "got   gnss board package\npn 6/7 not fit\n"},
-                                         rule_case{"1A135678", "00005610000000", true, gnss_line}));
-
-INSTANTIATE_TEST_SUITE_P(
-    radio, rules,
-    testing::Values(rule_case{"1013567800120000", "00000020062000", true, radio_line},
-                    rule_case{"1013567800120000", "00000020012000", true,
-                              "got   radio  package\nK618 RADIO !\n"},
-                    rule_case{"1013567800120000", "00000020010000", true,
-                              "got   radio  package\nQ7 K618 RADIO !\n"},
-                    rule_case{"1013567800120000", "00000020060000", false, radio_refused},
-                    rule_case{"1013567800120000", "00000020022000", false, radio_refused},
-                    rule_case{"1013567800120000", "00000020014000", false, radio_refused},
-                    rule_case{"10135678", "00000020000000", false, radio_refused}));
-
-INSTANTIATE_TEST_SUITE_P(
-    lband, rules,
-    testing::Values(rule_case{"1013567800120002", "00000030000000", true, "got  lband  package\n"},
-                    rule_case{"1013567800120007", "00000030000000", true, "got  lband  package\n"},
-                    rule_case{"101356780012000\xff", "00000030000000", true,
-                              "got  lband  package\n"},
-                    rule_case{"1013567800120001", "00000030000000", false,
-                              "got  lband  package\npn lband not fit\n"},
-                    rule_case{"101356780012", "00000030000000", false,
-                              "got  lband  package\npn lband not fit\n"}));
-
-INSTANTIATE_TEST_SUITE_P(
-    gprs, rules,
-    testing::Values(rule_case{"1013567834120000", "00000043400000", true, gprs_line},
-                    rule_case{"1013567884120000", "00000043400000", true, gprs_line},
-                    rule_case{"1013567884120000", "00000048400000", true, gprs_line},
-                    rule_case{"1013567894120000", "00000043400000", false, gprs_refused},
-                    rule_case{"1013567835120000", "00000043400000", false, gprs_refused},
-                    rule_case{"1013567885120000", "00000043400000", false, gprs_refused}));
-
-INSTANTIATE_TEST_SUITE_P(
-    unknown, rules,
-    testing::Values(rule_case{"1013567800120000", "10135650000004", false, "invailed package!\n"},
-                    rule_case{"1013567800120000", "101356f0000004", false, "invailed package!\n"}));
 
 // The unit's presence inputs, and what they print and decide for a host package.
 struct hardware_case {
@@ -230,7 +62,7 @@ TEST_P(hardware, presence_inputs) {
         }
     }
     put_package("/media/sda1/update_abc_b20240523.bin", "11800000000004", version);
-    const search done = search_in(storage, unit_with("1180"));
+    const search done = search_in(directory, unit_with("1180"));
     EXPECT_EQ(done.result, allowed);
     EXPECT_EQ(done.lines.substr(0, done.lines.find("num0")), lines);
     EXPECT_EQ(done.lines.find("num0") != std::string::npos, allowed);
@@ -265,9 +97,9 @@ INSTANTIATE_TEST_SUITE_P(
 // Other packages and other units are not asked for their inputs, which are missing here.
 TEST(get_valid_package, hardware_check_is_for_host_packages_of_1180_units) {
     put_package("/media/sda1/update_abc_b20240523.bin", "11800010000004");
-    EXPECT_EQ(search_in(storage, unit_with("11800000")).result, 1);
+    EXPECT_EQ(search_in(directory, unit_with("11800000")).result, 1);
     put_package("/media/sda1/update_abc_b20240523.bin", "11810000000004");
-    EXPECT_EQ(search_in(storage, unit_with("1181")).result, 1);
+    EXPECT_EQ(search_in(directory, unit_with("1181")).result, 1);
 }
 
 TEST(get_valid_package, highest_version_whatever_the_order) {
@@ -285,7 +117,7 @@ TEST(get_valid_package, highest_version_whatever_the_order) {
     for (const auto &[first, second, chosen] : cases) {
         put_package(a, host_1013, first);
         put_package(b, host_1013, second);
-        const search done = search_in(storage, host);
+        const search done = search_in(directory, host);
         EXPECT_EQ(done.result, 1);
         EXPECT_EQ(done.path, chosen);
     }
@@ -295,14 +127,14 @@ TEST(get_valid_package, of_equal_versions_the_first_listed) {
     for (const char *name : {"aaa", "bbb", "ccc"}) {
         put_package("/media/sda1/update_"s + name + "_b20240523.bin", host_1013);
     }
-    const std::string first = fs::directory_iterator(storage)->path();
-    EXPECT_EQ(search_in(storage, unit_with("1013")).path, first);
+    const std::string first = fs::directory_iterator(directory)->path();
+    EXPECT_EQ(search_in(directory, unit_with("1013")).path, first);
 }
 
 TEST(get_valid_package, versions_that_are_never_chosen) {
     for (const uint32_t version : {0U, 0x01000000U, 0x80010203U, 0xffffffffU}) {
         put_package("/media/sda1/update_abc_b20240523.bin", host_1013, version);
-        EXPECT_EQ(search_in(storage, unit_with("1013")).result, 0) << version;
+        EXPECT_EQ(search_in(directory, unit_with("1013")).result, 0) << version;
     }
 }
 
@@ -312,14 +144,14 @@ TEST(get_valid_package, package_that_does_not_fit_ends_the_directory) {
     put_package("/media/sda1/update_aaa_b20240523.bin", host_1013);
     put_package("/media/sda1/update_bbb_b20240523.bin", host_1016);
     for (const char *pn : {"1013", "1016"}) {
-        const search done = search_in(storage, unit_with(pn));
+        const search done = search_in(directory, unit_with(pn));
         EXPECT_EQ(done.result, 0);
         EXPECT_THAT(done.lines, testing::EndsWith("pn 2/3/17 not fit\n"));
     }
 }
 
 TEST(get_valid_package, files_that_are_passed_over_in_silence) {
-    const fs::path dir = storage;
+    const fs::path dir = directory;
     put_package(dir / "update_abc_b20240523.bin", host_1013);
     put_file(dir / "update_sho_b20240523.bin",
              sample::old_header{.pn = packed(host_1016)}.bytes().substr(0, 59));
@@ -328,7 +160,7 @@ TEST(get_valid_package, files_that_are_passed_over_in_silence) {
              sample::old_header{.magic = 0x77007701, .pn = packed(host_1016)}.bytes());
     fs::create_directory(dir / "update_dir_b20240523.bin");
     fs::create_symlink("nowhere", dir / "update_lnk_b20240523.bin");
-    const search done = search_in(storage, unit_with("1013"));
+    const search done = search_in(directory, unit_with("1013"));
     EXPECT_EQ(done.result, 1);
     EXPECT_EQ(done.path, "/media/sda1/update_abc_b20240523.bin");
     EXPECT_THAT(done.lines, testing::Not(testing::HasSubstr("not fit")));
@@ -357,19 +189,6 @@ TEST(get_valid_package, nowhere_to_search) {
               }),
               "");
     EXPECT_EQ(search_in("/tmp", host).lines, "last_ver 0\n");
-}
-
-TEST(get_valid_package, cmp_version_of_the_low_24_bits) {
-    struct {
-        uint32_t a;
-        uint32_t b;
-        int sign;
-    } const cases[] = {{0, 0, 0},           {1, 0, 1},         {0, 1, -1},
-                       {0xffffff, 0, 1},    {0, 0xffffff, -1}, {0xff000001, 1, 0},
-                       {0x01000000, 1, -1}, {0x80000002, 1, 1}};
-    for (const auto &[a, b, sign] : cases) {
-        EXPECT_EQ(cmp_version(a, b), sign) << a << ' ' << b;
-    }
 }
 
 std::string found_by_find_packge(int expected) {
