@@ -15,7 +15,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (pixels != nullptr) {
         fuzz::expect(width > 0 && height > 0);
         const uint8_t *const end = pixels.get() + ptrdiff_t{width} * height * 2;
-        volatile unsigned sum = std::accumulate(pixels.get(), end, 0U);
+        volatile unsigned sum = std::accumulate<const uint8_t *>(pixels.get(), end, 0U);
         static_cast<void>(sum);
     }
 
