@@ -167,7 +167,7 @@ unit &unit::usb_mode(std::string_view text) {
 unit &unit::with_prompt_pictures() {
     plan->tree_changes.push_back([](const fs::path &root) {
         fs::copy(SIMULATOR_PICTURES, below(root, "/reserve/update"),
-                 fs::copy_options::overwrite_existing);
+                 fs::copy_options::overwrite_existing | fs::copy_options::recursive);
     });
     return *this;
 }
