@@ -8,6 +8,7 @@
 
 #include <array>
 #include <filesystem>
+#include <sys/stat.h>
 
 using namespace renewer;
 using namespace std::string_literals;
@@ -160,6 +161,7 @@ TEST(get_valid_package, files_that_are_passed_over_in_silence) {
              sample::old_header{.magic = 0x77007701, .pn = packed(host_1016)}.bytes());
     fs::create_directory(dir / "update_dir_b20240523.bin");
     fs::create_symlink("nowhere", dir / "update_lnk_b20240523.bin");
+    ASSERT_EQ(mkfifo((dir / "update_fif_b20240523.bin").c_str(), 0600), 0);
     const search done = search_in(directory, unit_with("1013"));
     EXPECT_EQ(done.result, 1);
     EXPECT_EQ(done.path, "/media/sda1/update_abc_b20240523.bin");
