@@ -83,6 +83,7 @@ def main(directory):
         "headers": packages(),
         "validators": packages(),
         "unpackers": packages(),
+        "examine": packages(),
         "discovery": units_with_candidates(),
         "host_record": [("usual", b"1234567" + b"1013563400120002"), ("empty", b""),
                         ("long", b"1" * 200)],
