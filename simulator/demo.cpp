@@ -1,6 +1,7 @@
 // One whole update on a simulated unit, shown as it happens.
 
 #include "simulator/front_panel.h"
+#include "simulator/package.h"
 #include "simulator/unit.h"
 
 #include <atomic>
@@ -9,7 +10,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <getopt.h>
+#include <stdexcept>
+#include <string>
 #include <unistd.h>
 
 namespace {
@@ -117,21 +121,43 @@ void answer(unit &it, const std::string &how) {
     }
 }
 
+// A directory of the desk that is gone with the demo.
+class desk_directory {
+public:
+    desk_directory() {
+        std::string name = std::filesystem::temp_directory_path() / "renewer-demo.XXXXXX";
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error(name + ": " + strerror(errno));
+        }
+        path = name;
+    }
+    ~desk_directory() { std::filesystem::remove_all(path); }
+    desk_directory(const desk_directory &) = delete;
+    desk_directory &operator=(const desk_directory &) = delete;
+
+    std::filesystem::path path;
+};
+
 int run_demo(const options &chosen) {
+    const std::string script = chosen.script.empty() ? working_script : read_whole(chosen.script);
+    const desk_directory desk;
+    const std::filesystem::path package = desk.path / "update_demo_b20240523.bin";
+    make_package(package, "1013563400120000", script);
+
     unit it;
     it.model("13")
         .clock_speed(chosen.speed)
         .patience(std::chrono::seconds(600))
         .stop_when(stop_requested)
-        .install_script(chosen.script.empty() ? working_script : read_whole(chosen.script))
+        .package(package)
         .acknowledge_end(2s);
     answer(it, chosen.answer);
 
     front_panel panel(isatty(STDOUT_FILENO) != 0 && !chosen.plain);
     it.watch([&](const event &happened) { panel.show(happened); });
-    puts("A unit with LEDs; an update for its GNSS board lies in /firmware/update.");
-    puts("renewer 1 /media/sda1/update 34");
-    const outcome end = it.run({"1", "/media/sda1/update", "34"});
+    puts("A unit with LEDs; its application has unpacked a package into /firmware/update.");
+    puts("renewer 3 /media/sda1/update_demo_b20240523.bin 13");
+    const outcome end = it.run({"3", "/media/sda1/update_demo_b20240523.bin", "13"});
     panel.finish();
     printf("\nWhat the unit has in /data now:\n%s", end.listing("/data").c_str());
     return end.exit_status == 0 || end.exit_status == 1 ? 0 : 1;

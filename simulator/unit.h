@@ -130,6 +130,11 @@ public:
     // lines and succeeds. Written as it stands, so it needs its own "#!" line if it wants one.
     unit &install_script(std::string_view text);
 
+    // The update comes as this package of the new layout (renewer-pack makes them): it is unpacked
+    // into "/firmware/update", in place of what is usually there, and its header left in
+    // "/data/app/log/pack_tmp", as the unit's main application does before it starts the updater.
+    unit &package(const std::filesystem::path &file);
+
     // Supplies. The defaults are a full battery and an external 12 V supply.
     unit &adc(int channel, std::string_view text); // "in_voltage<channel>_raw"
     unit &battery_volts(double volts);             // of the whole battery (two cells)

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <ctime>
 
 // The update package: one file that carries a header, a table of nodes and the nodes' payloads.
 // Two layouts live side by side, the old one with a fixed header of packed integers and the new
@@ -137,5 +139,91 @@ int get_magic(const char *path, void *out);
 
 // Returns 1 for every type.
 int is_package_type(unsigned type);
+
+// Check that a package carries the right magic and a digest that matches its content:
+// `validate_package` the old layout (magic 77007700), `validate_package_new` the new one (magic
+// 77007700, 77007701 or 77007703). Memory does not grow with the size of the package.
+//
+// Return 1 for a sound package; 0 otherwise, with one line of what is wrong: "path error!\n" (null
+// path), "open fail!\n", "size differently!\n" (old layout, short header) or " Get header error!\n"
+// (new layout), "header error!\n" (magic), "md5 error!\n".
+int validate_package(const char *path);
+int validate_package_new(const char *path);
+
+// Extract every node of an old-layout (`unpack_package`) or new-layout package into a file named
+// after its type, with the suffix ".sh" for type 1, which gets mode 0777, and ".bin" for the
+// others. The files land in `out_dir`, which is made by "mkdir -p", or in the current directory
+// when it is null. Prints "outpath : %s\n" and the node's line of `show_nodes` for each. Neither
+// magic nor digest is checked; a node that runs past the end of the package gives a shorter file.
+//
+// Return 1 when every node was processed, whether or not its file could be written; 0 when
+// header, version text or node table cannot be read (then nothing was written; what is missing is
+// reported at debug level 1), and at the first node whose path would have 256 bytes or more.
+int unpack_package(const char *path, const char *out_dir);
+int unpack_package_new(const char *path, const char *out_dir);
+
+// Copies the payload of `node` from the package `in` into a new file, up to the end of the package
+// when it has less. Moves the position of `in`.
+//
+// Returns 1 when the file was written; 0 for a null argument (`in` null leaves an empty file), or
+// when the file cannot be created or written.
+int node_to_file(FILE *in, const pack_node *node, const char *outpath);
+
+// What a package is made of.
+struct package_plan {
+    int version[4];          // main, sub, revision, type; at most 14 characters as a text
+    const char *git_version; // source revision, at most 8 characters
+    const char *pn;          // part number, at most 19 characters
+    struct tm made;          // when it is made, for the fields `date` and `time`
+    std::array<const char *, node_type_strs.size()> sources; // by node type; null leaves one out
+};
+
+// Writes a new-layout package with the nodes of `plan` in ascending type order; types that carry
+// no file are left out. Prints its version, its header length and its digest. A text that does not
+// fit its field is refused before the file is created; a later failure leaves an incomplete file,
+// which `validate_package_new` refuses. Sources are read as they stand at the time: one that is
+// missing or too large is reported as "Error path invalid : %s\n", one that is empty or changes
+// its size in the meantime fails in silence.
+//
+// Returns 1 when the package was written completely, 0 otherwise.
+int write_package(const package_plan &plan, const char *packpath);
+
+// Does the same with one argument for each node type, at the present local time.
+int gen_package(
+    int iMainVersion, int iSubVersion, int iReversion, int itypeVersion, const char *git_version,
+    const char *pn, const char *install, const char *uboot, const char *kernel, const char *rootfs,
+    const char *gnss_board_1, const char *gnss_board_2, const char *gnss_board_3,
+    const char *gnss_board_4, const char *radio_1, const char *radio_2, const char *packpath,
+    const char *qspi, const char *dtb, const char *app, const char *gnss_board_5,
+    const char *gnss_board_6, const char *gnss_board_7, const char *gnss_board_8,
+    const char *gnss_board_9, const char *gnss_board_10, const char *gnss_board_11,
+    const char *gnss_board_12, const char *gnss_board_13, const char *gnss_board_14,
+    const char *gnss_board_15, const char *radio_3, const char *radio_4, const char *dtb1,
+    const char *dtb2, const char *update_info, const char *renewer, const char *pn_menu,
+    const char *md5_file, const char *member33, const char *member34, const char *member35,
+    const char *member36, const char *member37, const char *member38, const char *member39,
+    const char *member40, const char *member41, const char *member42, const char *member43,
+    const char *member44, const char *member45, const char *member46, const char *member47,
+    const char *member48, const char *member49, const char *member50, const char *member51,
+    const char *member52, const char *member53, const char *member54, const char *member55,
+    const char *member56, const char *member57, const char *member58, const char *member59,
+    const char *member60, const char *member61, const char *member62, const char *member63,
+    const char *member64);
+
+// Adds `path` to the tables `nodes` and `paths` at the index `*count`, which it advances, as a node
+// of `type`, and `flag_bits` to the flag of `head`. A null `path` adds nothing.
+//
+// Returns 1, or 0 when the file is missing or empty.
+int register_file(pack_head_new *head, pack_node *nodes, const char *path, const char **paths,
+                  uint64_t flag_bits, int type, int *count);
+
+// Gives the size of a file in bytes; 0 for a null path. A path that cannot be examined, a directory
+// and a file of 4 GiB or more give 0 and "Error path invalid : %s\n".
+uint32_t get_file_size(const char *path);
+
+// Appends the content of the file at `path` to `stream`.
+//
+// Returns 1 when all was read and handed to the stream, 0 otherwise.
+int copy_to_stream(const char *path, FILE *stream);
 
 } // namespace renewer

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -34,7 +35,15 @@ void report_short_table(uint64_t there, uint64_t wanted) {
 } // namespace
 
 owned_file open_package(const char *path) {
-    return owned_file(path == nullptr ? nullptr : fopen(path, "re"));
+    if (path == nullptr) {
+        return nullptr;
+    }
+    owned_descriptor descriptor(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    owned_file package(descriptor ? fdopen(descriptor.get(), "r") : nullptr);
+    if (package != nullptr) {
+        descriptor.release();
+    }
+    return package;
 }
 
 bool seek_to(FILE *package, uint64_t offset) {

@@ -19,7 +19,12 @@ constexpr uint64_t node_table_offset(uint32_t head_len) {
     return align4(head_len) + 4;
 }
 
-// Opens a package for reading; empty for a null path and when it cannot be opened.
+// Bytes that are read or copied at once. A stream takes requests of this size past its own buffer,
+// so that a package moves with few system calls and without a second copy.
+constexpr size_t read_ahead_size = 128 * 1024;
+
+// Opens a package for reading; empty for a null path and when it cannot be opened. Never waits: a
+// pipe without a writer opens and has nothing in it.
 owned_file open_package(const char *path);
 
 // Moves to `offset` from the start of the file; false when the stream cannot.

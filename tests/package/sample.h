@@ -66,4 +66,26 @@ struct old_header {
     }
 };
 
+// A package with the install script "true\n" and a kernel of 8 bytes. The digest was made by
+// md5sum.
+inline const std::string new_digest =
+    "\x50\x73\x87\x20\x57\x2f\x56\xa0\x2f\x1d\x33\x91\x0b\x38\x3c\x4d"s;
+inline std::string new_package(uint32_t magic = 0x77007703) {
+    return new_header{.magic = magic, .md5 = new_digest, .count = 2, .flag_low = 5}.bytes() +
+           "1.1.4.0\0"s + word(0) + node(1, 136, 5) + node(3, 144, 8) + "true\n\0\0\0kernel!\n"s;
+}
+
+// An old-layout package with the install script "true\n" and the updater. Digests by md5sum, for
+// the flag words 0 and 7.
+inline const std::string old_digest_flag_0 =
+    "\x63\x3d\x31\x34\xfe\x81\xa0\x03\x19\xdf\x9a\x63\x39\xf1\x35\xba"s;
+inline const std::string old_digest_flag_7 =
+    "\x98\x8c\x53\xa3\x79\x9b\x3a\x9a\xe6\x71\xe5\xb5\xec\xae\x7e\xdf"s;
+inline std::string old_package(uint32_t flag = 0) {
+    return old_header{
+               .md5 = flag == 7 ? old_digest_flag_7 : old_digest_flag_0, .flag = flag, .count = 2}
+               .bytes() +
+           node(1, 84, 5) + node(31, 92, 12) + "true\n\0\0\0the renewer\n"s;
+}
+
 } // namespace sample

@@ -2,6 +2,7 @@
 
 #include "tests/package/sample.h"
 #include "tests/support/files.h"
+#include "tests/support/printed.h"
 
 #include <gtest/gtest.h>
 
@@ -14,13 +15,6 @@ namespace {
 
 constexpr const char *path = "/tmp/package.bin";
 const std::string text = "1.1.4.0\0"s;
-
-template <typename operation>
-std::string printed(operation print) {
-    testing::internal::CaptureStdout();
-    print();
-    return testing::internal::GetCapturedStdout();
-}
 
 std::string old_header_lines(const sample::old_header &bytes) {
     pack_head head = {};

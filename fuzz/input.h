@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+// What the fuzzers share. They run in a unit's root, with standard output thrown away (begin.cpp).
+namespace fuzz {
+
+constexpr const char *input_path = "/tmp/input";
+
+// Makes the input the content of a file.
+inline void put_input(std::string_view input, const char *path = input_path) {
+    FILE *const file = fopen(path, "w");
+    if (file == nullptr || fwrite(input.data(), 1, input.size(), file) != input.size() ||
+        fclose(file) != 0) {
+        perror(path);
+        abort();
+    }
+}
+
+inline std::string_view text_of(const uint8_t *data, size_t size) {
+    return {reinterpret_cast<const char *>(data), size};
+}
+
+// Ends the fuzzer with the input that broke a promise.
+inline void expect(bool kept) {
+    if (!kept) {
+        abort();
+    }
+}
+
+} // namespace fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);

@@ -1,0 +1,35 @@
+#include "input.h"
+
+#include "package/package.h"
+
+#include <filesystem>
+#include <unistd.h>
+
+using namespace renewer;
+namespace fs = std::filesystem;
+
+namespace {
+
+// What was unpacked is there, is no larger than the package, and lies nowhere else.
+void look_around(size_t size) {
+    for (const auto &entry : fs::directory_iterator("/tmp/out")) {
+        fuzz::expect(entry.is_regular_file() && entry.file_size() <= size);
+        fs::remove(entry.path());
+    }
+    for (const auto &entry : fs::directory_iterator("/tmp")) {
+        const std::string name = entry.path().filename();
+        fuzz::expect(name == "out" || name == "input");
+    }
+}
+
+} // namespace
+
+// Both unpackers, on any file.
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    fuzz::put_input(fuzz::text_of(data, size));
+    fuzz::expect(chdir("/tmp/out") == 0);
+    unpack_package(fuzz::input_path, nullptr);
+    unpack_package_new(fuzz::input_path, nullptr);
+    look_around(size);
+    return 0;
+}

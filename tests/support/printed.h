@@ -1,0 +1,13 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+// What an operation prints on standard output, in this process or by a command that it runs.
+template <typename operation>
+std::string printed(operation run) {
+    testing::internal::CaptureStdout();
+    run();
+    return testing::internal::GetCapturedStdout();
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <sys/mount.h>
+
+// A file system of a few pages, in the unit's root of the tests, which fills up.
+class small_disk {
+public:
+    explicit small_disk(size_t size) {
+        std::filesystem::create_directories(path);
+        const std::string options = "size=" + std::to_string(size);
+        EXPECT_EQ(mount("small", path, "tmpfs", 0, options.c_str()), 0);
+    }
+    ~small_disk() { umount(path); }
+    small_disk(const small_disk &) = delete;
+    small_disk &operator=(const small_disk &) = delete;
+
+    static constexpr const char *path = "/media/small";
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+namespace pack {
+
+// What a package is to be made of.
+struct package_description {
+    std::string version;
+    std::string pn;
+    std::string revision;
+    std::map<unsigned, std::filesystem::path> sources; // by node type
+};
+
+// Reads a manifest:
+//
+//     {"version": "1.1.4.0", "pn": "101356340012", "revision": "1a2b3c4d",
+//      "nodes": {"install": "install.sh", "kernel": "../zImage"}}
+//
+// Each member may be left out. Paths are relative to the manifest's directory.
+//
+// Throws `misused` for what is no such manifest, std::system_error when it cannot be read.
+package_description read_manifest(const std::filesystem::path &path);
+
+// Adds "TYPE=FILE", with the type as a name or a number; in place of the manifest's file for it.
+// Throws `misused` for a type that carries no file.
+void add_source(const std::string &source, package_description &description);
+
+} // namespace pack

@@ -1,0 +1,113 @@
+#include "new_file.h"
+
+#include "platform/owner.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace pack {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int ending_signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE};
+
+// What the signal handler removes; at most one file is in the making.
+char s_unfinished[4096];
+
+void remove_and_end(int signal_number) {
+    unlink(s_unfinished);
+    signal(signal_number, SIG_DFL);
+    raise(signal_number);
+}
+
+// Signals that are ignored (nohup) stay so.
+void handle_signals(void (*handler)(int)) {
+    for (const int signal_number : ending_signals) {
+        struct sigaction action = {};
+        if (sigaction(signal_number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+            action.sa_handler = handler;
+            sigaction(signal_number, &action, nullptr);
+        }
+    }
+}
+
+[[noreturn]] void fail(const fs::path &path) {
+    throw std::system_error(errno, std::generic_category(), path.string());
+}
+
+mode_t creation_mask() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return mask;
+}
+
+} // namespace
+
+new_file::new_file(fs::path place) : target(std::move(place)) {
+    std::string name =
+        (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
+    if (name.size() >= sizeof(s_unfinished)) {
+        errno = ENAMETOOLONG;
+        fail(target);
+    }
+    if (fs::is_directory(target)) {
+        errno = EISDIR;
+        fail(target);
+    }
+    const renewer::owned_descriptor file(mkostemp(name.data(), O_CLOEXEC));
+    if (!file) {
+        fail(target);
+    }
+    path = name;
+    strcpy(s_unfinished, name.c_str());
+    handle_signals(remove_and_end);
+    fchmod(file.get(), 0666 & ~creation_mask());
+}
+
+new_file::~new_file() {
+    if (!path.empty()) {
+        unlink(path.c_str());
+        handle_signals(SIG_DFL);
+    }
+}
+
+uint64_t new_file::size() const {
+    std::error_code error;
+    const uintmax_t bytes = fs::file_size(path, error);
+    return error ? 0 : bytes;
+}
+
+// proc(5), /proc/self/fd and /proc/self/fdinfo.
+uint64_t new_file::position() const {
+    std::error_code error;
+    for (const auto &entry : fs::directory_iterator("/proc/self/fd", error)) {
+        if (fs::equivalent(entry.path(), path, error)) {
+            std::ifstream about("/proc/self/fdinfo/" + entry.path().filename().string());
+            std::string label;
+            uint64_t bytes = 0;
+            about >> label >> bytes;
+            return bytes;
+        }
+    }
+    return 0;
+}
+
+void new_file::put_in_place() {
+    const renewer::owned_descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file || fsync(file.get()) != 0 || rename(path.c_str(), target.c_str()) != 0) {
+        fail(target);
+    }
+    path.clear();
+    handle_signals(SIG_DFL);
+}
+
+} // namespace pack

@@ -1,0 +1,194 @@
+#include "package_file.h"
+
+#include "file_bytes.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace pack {
+
+namespace {
+
+using renewer::pack_node;
+
+template <typename record>
+record record_of(const std::string &bytes) {
+    record value = {};
+    memcpy(static_cast<void *>(&value), bytes.data(), std::min(bytes.size(), sizeof(record)));
+    return value;
+}
+
+// Magic 77007700 is that of the old layout, but readers of the new layout take it too: the fields
+// that the new layout fixes decide.
+layout_kind layout_of(const std::string &bytes) {
+    const auto head =
+        record_of<renewer::pack_head_new>(bytes.substr(0, renewer::pack_head_new_size));
+    if (head.magic != renewer::magic_old) {
+        return layout_kind::new_layout;
+    }
+    const bool is_new = bytes.size() >= renewer::pack_head_new_size && head.head_version == 1 &&
+                        head.version_len > 0 &&
+                        head.head_len == renewer::pack_head_new_size + head.version_len;
+    return is_new ? layout_kind::new_layout : layout_kind::old_layout;
+}
+
+void read_node_table(std::ifstream &file, uint32_t count, package_file &package) {
+    const uint64_t wanted = uint64_t{count} * sizeof(pack_node);
+    const uint64_t there =
+        package.size > package.table_offset ? package.size - package.table_offset : 0;
+    if (there < wanted) {
+        package.defects.push_back("the node table of " + std::to_string(count) + " records takes " +
+                                  std::to_string(wanted) + " bytes, the file holds " +
+                                  std::to_string(there));
+    }
+    const uint64_t taken = std::min(there, wanted) / sizeof(pack_node);
+    const std::string bytes = bytes_at(file, package.table_offset, taken * sizeof(pack_node));
+    for (size_t i = 0; i + sizeof(pack_node) <= bytes.size(); i += sizeof(pack_node)) {
+        package.nodes.push_back(record_of<pack_node>(bytes.substr(i, sizeof(pack_node))));
+    }
+}
+
+std::string old_part_number(const renewer::pack_head &head) {
+    const size_t digits = std::min<size_t>(head.pnlen, 2 * sizeof(head.pn));
+    std::string text = hexadecimal_bytes(head.pn, digits / 2);
+    if (digits % 2 != 0) {
+        text += "0123456789abcdef"[head.pn[digits / 2] & 15];
+    }
+    return text;
+}
+
+void read_old(std::ifstream &file, package_file &package) {
+    const std::string bytes = bytes_at(file, 0, sizeof(renewer::pack_head));
+    if (bytes.size() < sizeof(renewer::pack_head)) {
+        package.defects.push_back("the header is short: " + std::to_string(bytes.size()) +
+                                  " of 60 bytes");
+    }
+    const auto head = record_of<renewer::pack_head>(bytes);
+    package.old_head = head;
+    package.version = std::to_string(head.version >> 16 & 255) + "." +
+                      std::to_string(head.version >> 8 & 255) + "." +
+                      std::to_string(head.version & 255);
+    package.part_number = old_part_number(head);
+    package.md5 = hexadecimal_bytes(head.md5, renewer::md5_size);
+    package.flag = head.flag;
+    package.table_offset = sizeof(head);
+    if (head.pnlen > 2 * sizeof(head.pn)) {
+        package.defects.push_back("the part number claims " + std::to_string(head.pnlen) +
+                                  " of at most 32 digits");
+    }
+    read_node_table(file, head.count, package);
+}
+
+void check_text(const char *name, const char *field, size_t size, package_file &package) {
+    if (text_of(field, size).size() == size) {
+        package.defects.push_back(std::string("the ") + name + " is not terminated");
+    }
+}
+
+void check_new_header(const renewer::pack_head_new &head, package_file &package) {
+    check_text("part number", head.pn, sizeof(head.pn), package);
+    check_text("revision", head.git_version, sizeof(head.git_version), package);
+    check_text("date", head.date, sizeof(head.date), package);
+    check_text("time", head.time, sizeof(head.time), package);
+    if (head.pnlen != package.part_number.size()) {
+        package.defects.push_back("the part number has " +
+                                  std::to_string(package.part_number.size()) +
+                                  " characters, the header says " + std::to_string(head.pnlen));
+    }
+    if (uint64_t{head.head_len} != renewer::pack_head_new_size + uint64_t{head.version_len}) {
+        package.defects.push_back("the header length " + std::to_string(head.head_len) +
+                                  " does not match a version text of " +
+                                  std::to_string(head.version_len) + " bytes");
+    }
+}
+
+void read_version(std::ifstream &file, const renewer::pack_head_new &head, package_file &package) {
+    const uint64_t begin = renewer::pack_head_new_size;
+    const uint64_t there = package.size > begin ? package.size - begin : 0;
+    const uint64_t length = std::min({uint64_t{head.version_len}, there, uint64_t{4096}});
+    const std::string text = bytes_at(file, begin, length);
+    package.version = text_of(text.data(), text.size());
+    if (there < head.version_len || head.version_len == 0) {
+        package.defects.push_back("the version text of " + std::to_string(head.version_len) +
+                                  " bytes is short: the file holds " + std::to_string(there));
+    } else if (package.version.size() == text.size()) {
+        package.defects.push_back("the version text is not terminated");
+    }
+    const uint64_t text_end = begin + head.version_len;
+    if (head.head_len == text_end && text_end < package.size &&
+        !all_zero(bytes_at(file, text_end, package.table_offset - text_end))) {
+        package.defects.push_back("the padding behind the version text is not zero");
+    }
+}
+
+void read_new(std::ifstream &file, package_file &package) {
+    const std::string bytes = bytes_at(file, 0, renewer::pack_head_new_size);
+    const auto head = record_of<renewer::pack_head_new>(bytes);
+    package.new_head = head;
+    package.part_number = text_of(head.pn, sizeof(head.pn));
+    package.md5 = hexadecimal_bytes(head.md5, renewer::md5_size);
+    package.flag = head.flag;
+    package.table_offset = align4(head.head_len) + 4;
+    if (bytes.size() < renewer::pack_head_new_size) {
+        package.defects.push_back("the header is short: " + std::to_string(bytes.size()) +
+                                  " of 100 bytes");
+        return;
+    }
+    check_new_header(head, package);
+    read_version(file, head, package);
+    read_node_table(file, head.count, package);
+}
+
+} // namespace
+
+package_file read_package(const std::filesystem::path &path) {
+    std::ifstream file = open_file(path);
+    package_file package;
+    package.path = path;
+    file.seekg(0, std::ios::end);
+    package.size = static_cast<uint64_t>(std::max<std::streamoff>(file.tellg(), 0));
+    const std::string bytes = bytes_at(file, 0, renewer::pack_head_new_size);
+    if (bytes.size() < sizeof(package.magic)) {
+        throw refused("not a package: it has " + std::to_string(bytes.size()) + " bytes");
+    }
+    package.magic = record_of<uint32_t>(bytes);
+    if (package.magic != renewer::magic_old && package.magic != renewer::magic_new_1 &&
+        package.magic != renewer::magic_new) {
+        throw refused("not a package: its magic is " + hexadecimal(package.magic));
+    }
+    package.layout = layout_of(bytes);
+    if (package.layout == layout_kind::old_layout) {
+        read_old(file, package);
+    } else {
+        read_new(file, package);
+    }
+    return package;
+}
+
+std::string file_name(uint32_t type) {
+    return renewer::node_type_to_str(static_cast<int>(type)) +
+           std::string(type == 1 ? ".sh" : ".bin");
+}
+
+std::string type_name(uint32_t type) {
+    const std::string name = renewer::node_type_to_str(static_cast<int>(type));
+    return name.empty() ? "type " + std::to_string(type) : name;
+}
+
+std::string text_of(const char *field, size_t size) {
+    return {field, strnlen(field, size)};
+}
+
+std::string printable(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\x7f' || (c >= 0 && c < ' '); }, '?');
+    return text;
+}
+
+std::string hexadecimal(uint64_t value) {
+    char text[24];
+    snprintf(text, sizeof(text), "0x%llx", static_cast<unsigned long long>(value));
+    return text;
+}
+
+} // namespace pack
