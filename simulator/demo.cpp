@@ -1,17 +1,19 @@
 // One whole update on a simulated unit, shown as it happens.
 
+#include "simulator/demo_options.h"
 #include "simulator/front_panel.h"
+#include "simulator/led_view.h"
 #include "simulator/package.h"
+#include "simulator/screen_view.h"
 #include "simulator/unit.h"
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <filesystem>
-#include <getopt.h>
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
@@ -20,79 +22,16 @@ namespace {
 
 using namespace simulator;
 
-constexpr const char help[] =
-    "usage: ./dev demo [OPTIONS]\n"
-    "\n"
-    "Runs one whole update on a simulated unit with LEDs and shows it as it happens: the front\n"
-    "panel below the time line on a terminal, the time line alone otherwise.\n"
-    "\n"
-    "  --answer ok|power|decline|none   what the user does when asked (default: ok)\n"
-    "  --script FILE                    install script of the update, instead of one that works\n"
-    "  --speed TIMES                    how much faster than real the unit's clock runs (default: "
-    "2)\n"
-    "  --plain                          the time line alone, also on a terminal\n"
-    "  --help                           this text\n"
-    "\n"
-    "Exit status: 0 when the run ended as a run does, 1 otherwise, 2 used wrongly.\n";
-
-struct options {
-    std::string answer = "ok";
-    std::string script;
-    double speed = 2;
-    bool plain = false;
-};
-
 std::atomic<bool> stop_requested = false;
 
 void request_stop(int) {
     stop_requested = true;
 }
 
-[[noreturn]] void used_wrongly(const char *why) {
-    fprintf(stderr, "demo: %s; --help tells more\n", why);
-    exit(2);
-}
-
-options parse(int argc, char **argv) {
-    const option known[] = {
-        {"answer", required_argument, nullptr, 'a'}, {"script", required_argument, nullptr, 's'},
-        {"speed", required_argument, nullptr, 't'},  {"plain", no_argument, nullptr, 'p'},
-        {"help", no_argument, nullptr, 'h'},         {}};
-    options chosen;
-    for (int found; (found = getopt_long(argc, argv, "h", known, nullptr)) != -1;) {
-        switch (found) {
-        case 'a':
-            chosen.answer = optarg;
-            break;
-        case 's':
-            chosen.script = optarg;
-            break;
-        case 't':
-            chosen.speed = strtod(optarg, nullptr);
-            break;
-        case 'p':
-            chosen.plain = true;
-            break;
-        case 'h':
-            fputs(help, stdout);
-            exit(0);
-        default:
-            exit(2);
-        }
-    }
-    if (!(chosen.speed >= 0.1 && chosen.speed <= 1000)) {
-        used_wrongly("--speed takes a number from 0.1 to 1000");
-    }
-    if (optind != argc) {
-        used_wrongly("too many arguments");
-    }
-    return chosen;
-}
-
 std::string read_whole(const std::string &path) {
     FILE *file = fopen(path.c_str(), "re");
     if (file == nullptr) {
-        used_wrongly((path + ": " + strerror(errno)).c_str());
+        used_wrongly(path + ": " + strerror(errno));
     }
     std::string text;
     char bytes[4096];
@@ -108,17 +47,71 @@ constexpr const char working_script[] = "#!/bin/sh\n"
                                         "sleep 4\n"
                                         "echo done\n";
 
-void answer(unit &it, const std::string &how) {
+// What is shown with one model of the unit.
+struct scene {
+    const char *model; // as the user names it
+    const char *pn;    // the part number of the unit, and of the package that is made for it
+    const char *told;
+    void (*describe)(unit &, const demo_options &);
+    std::unique_ptr<panel_view> (*view)(const demo_options &);
+};
+
+void describe_led_unit(unit &it, const demo_options &chosen) {
     const std::string asked = "led Light_Gps 255";
-    if (how == "ok") {
+    const key power = key::right; // of this panel
+    if (chosen.answer == "ok") {
         it.press(key::ok, after(asked, 2s));
-    } else if (how == "power") {
-        it.press(key::right, after(asked, 2s)); // the power key of this panel
-    } else if (how == "decline") {
-        it.press(key::right, after(asked, 2s)).press(key::right, after(asked, 3s));
-    } else if (how != "none") {
-        used_wrongly("--answer takes ok, power, decline or none");
+    } else if (chosen.answer == "power") {
+        it.press(power, after(asked, 2s));
+    } else if (chosen.answer == "decline") {
+        it.press(power, after(asked, 2s)).press(power, after(asked, 3s));
+    } else if (chosen.answer != "none") {
+        used_wrongly("--answer takes ok, power, decline or none with LEDs");
     }
+    if (chosen.built_in || !chosen.pictures.empty()) {
+        used_wrongly("--built-in and --pictures go with --model screen");
+    }
+}
+
+std::unique_ptr<panel_view> make_led_view(const demo_options &) {
+    return std::make_unique<led_view>();
+}
+
+void describe_screen_unit(unit &it, const demo_options &chosen) {
+    if (!chosen.built_in) {
+        it.with_prompt_pictures();
+    }
+    const moment asked = after("wait 120 s", 2s);
+    if (chosen.answer == "ok") {
+        it.press(key::ok, asked);
+    } else if (chosen.answer == "other" || chosen.answer == "decline") {
+        it.press(key::esc, asked);
+    } else if (chosen.answer != "none") {
+        used_wrongly("--answer takes ok, other, decline or none with a screen");
+    }
+}
+
+std::unique_ptr<panel_view> make_screen_view(const demo_options &chosen) {
+    const std::string directory = chosen.pictures.empty() ? "build/demo-pictures" : chosen.pictures;
+    printf("The pictures that it shows come into %s.\n", directory.c_str());
+    return std::make_unique<screen_view>(directory, sa1230_panel().seen());
+}
+
+constexpr std::array<scene, 2> scenes = {{
+    {"led", "1013563400120000", "A unit with LEDs", describe_led_unit, make_led_view},
+    {"screen", "1016563400120000", "A unit with a colour LCD", describe_screen_unit,
+     make_screen_view},
+}};
+
+const scene &scene_of(const std::string &model) {
+    std::string models;
+    for (const scene &one : scenes) {
+        if (model == one.model) {
+            return one;
+        }
+        models += std::string(models.empty() ? "" : " or ") + one.model;
+    }
+    used_wrongly("--model takes " + models);
 }
 
 // A directory of the desk that is gone with the demo.
@@ -138,37 +131,46 @@ public:
     std::filesystem::path path;
 };
 
-int run_demo(const options &chosen) {
+int run_demo(const demo_options &chosen) {
+    const scene &playing = scene_of(chosen.model);
     const std::string script = chosen.script.empty() ? working_script : read_whole(chosen.script);
     const desk_directory desk;
     const std::filesystem::path package = desk.path / "update_demo_b20240523.bin";
-    make_package(package, "1013563400120000", script);
+    make_package(package, playing.pn, script);
 
     unit it;
-    it.model("13")
+    it.part_number(playing.pn)
         .clock_speed(chosen.speed)
         .patience(std::chrono::seconds(600))
         .stop_when(stop_requested)
         .package(package)
         .acknowledge_end(2s);
-    answer(it, chosen.answer);
+    playing.describe(it, chosen);
 
-    front_panel panel(isatty(STDOUT_FILENO) != 0 && !chosen.plain);
+    printf("%s; its application has unpacked a package into /firmware/update.\n", playing.told);
+    const std::unique_ptr<panel_view> view = playing.view(chosen);
+    front_panel panel(*view, isatty(STDOUT_FILENO) != 0 && !chosen.plain);
     it.watch([&](const event &happened) { panel.show(happened); });
-    puts("A unit with LEDs; its application has unpacked a package into /firmware/update.");
-    puts("renewer 3 /media/sda1/update_demo_b20240523.bin 13");
-    const outcome end = it.run({"3", "/media/sda1/update_demo_b20240523.bin", "13"});
+    it.watch_screen([&](const picture &seen) { panel.show(seen); });
+    const std::vector<std::string> arguments = {"3", "/media/sda1/update_demo_b20240523.bin"};
+    printf("renewer %s %s\n", arguments[0].c_str(), arguments[1].c_str());
+    const outcome end = it.run(arguments);
     panel.finish();
+    if (end.exit_status != 0 && end.exit_status != 1) {
+        return 1; // the run did not come to its end
+    }
     printf("\nWhat the unit has in /data now:\n%s", end.listing("/data").c_str());
-    return end.exit_status == 0 || end.exit_status == 1 ? 0 : 1;
+    printf("\nPeak memory of the updater: %ld KiB\n", end.peak_memory_kib);
+    return 0;
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
-    const options chosen = parse(argc, argv);
-    signal(SIGINT, request_stop);
-    signal(SIGTERM, request_stop);
+    const demo_options chosen = parse_options(argc, argv);
+    for (const int end : {SIGINT, SIGTERM, SIGHUP}) {
+        signal(end, request_stop);
+    }
     try {
         return run_demo(chosen);
     } catch (const std::exception &trouble) {

@@ -2,39 +2,57 @@
 
 #include "simulator/unit.h"
 
-#include <array>
-
 namespace simulator {
 
-// The front panel of a unit with LEDs and the time line of a run, as a person follows them.
+// The part of a unit that its user looks at.
+class panel_view {
+public:
+    virtual ~panel_view() = default;
+
+    // Take what happened. Return whether the user sees a change.
+    virtual bool take(const event &happened) = 0;
+    virtual bool take(const picture &) { return false; }
+
+    // Where nothing can be drawn: the line (with its end) that tells what the user sees by now, if
+    // that has not been told before; else empty.
+    virtual std::string told(unit_time now) = 0;
+
+    // What the user sees, drawn in lines for a terminal of this size.
+    virtual std::string drawn(int columns, int rows) const = 0;
+};
+
+// The key that the user holds, for the panels' drawings.
+class held_key {
+public:
+    // Returns whether another key is held now.
+    bool take(const event &happened);
+    const std::string &name() const { return held; } // "none" for none
+
+private:
+    std::string held = "none";
+};
+
+// A run as a person follows it: the time line and, on a terminal, the panel below it.
 class front_panel {
 public:
-    // On a terminal the panel is drawn below the lines of the time line; elsewhere a line tells
-    // each new pattern of the LEDs, but not every turn of two that alternate.
-    explicit front_panel(bool terminal) : on_terminal(terminal) {}
+    // `shown_panel` stands for as long as this.
+    front_panel(panel_view &shown_panel, bool terminal)
+        : panel(shown_panel), on_terminal(terminal) {}
 
     void show(const event &happened);
+    void show(const picture &seen);
 
     // Takes the panel away and leaves the lines.
     void finish();
 
 private:
-    void take(const event &happened);
-    void tell_settled_pattern(unit_time now);
-    std::string pattern(bool coloured) const;
-    void erase();
-    void draw();
+    std::string newly_told(unit_time now) { return on_terminal ? std::string() : panel.told(now); }
+    void print(std::string lines, bool with_panel);
 
+    panel_view &panel;
     bool on_terminal;
-    std::map<std::string, bool> lit;
-    std::string key; // the key that is held
-    bool drawn = false;
-    unit_time changed{};             // when an LED was last switched
-    std::array<std::string, 2> told; // the patterns that were told last
+    unit_time last_event{};
+    long drawn_lines = 0; // of the panel, above the cursor
 };
-
-// One line of the time line as people read it: "   2.263 s  desk    press ok". Empty for events
-// that get no line of their own (LED changes and short waits).
-std::string readable_line(const event &happened);
 
 } // namespace simulator
