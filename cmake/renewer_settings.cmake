@@ -36,4 +36,12 @@ endfunction()
 function(renewer_shipping_options target)
   target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti
                          -ffunction-sections -fdata-sections)
+  # Packages reach 4 GiB, also where a long has 32 bits.
+  target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
+endfunction()
+
+# A program that ships: nothing in it that is not used, and no library that it does not need.
+function(renewer_shipping_program target)
+  renewer_shipping_options(${target})
+  target_link_options(${target} PRIVATE -static-libgcc -static-libstdc++ -Wl,--gc-sections,--as-needed)
 endfunction()

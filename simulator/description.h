@@ -6,6 +6,9 @@
 
 namespace simulator {
 
+// The file with which the updater tells the rest of the unit that it is done.
+constexpr const char end_marker[] = "/tmp/update_over";
+
 // One thing that the description makes happen.
 struct happening {
     std::string name; // as the time line tells it, "press ok"
@@ -17,7 +20,7 @@ struct happening {
 struct running_unit {
     std::filesystem::path root;
     int key_device;     // -1 when the unit's is none that takes events
-    unit_time now;      // since the program was started
+    unit_time key_time; // the time that a key event tells
     int signal_request; // the write end of the pipe to the unit's first process: one byte a signal
 };
 
@@ -28,6 +31,7 @@ struct unit::description {
     std::vector<std::pair<int, uint64_t>> limits;
     std::map<std::string, std::string> environment;
     std::function<void(const event &)> watcher;
+    const std::atomic<bool> *stop_request = nullptr;
     bool application_reads_output = false;
     double clock_speed = 40;
     std::chrono::seconds patience{60};

@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <fstream>
+#include <iterator>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
@@ -82,7 +84,22 @@ void copy_executable(const fs::path &from, const fs::path &to) {
     fs::permissions(to, static_cast<fs::perms>(0755));
 }
 
+// Key events tell their planned time, not the desk's, so that what is printed of them is the same
+// in every run.
+constexpr unit_time first_key_time = 1000s;
+
 constexpr const char program_path[] = "/.simulator/program";
+
+// What was built for a unit of another architecture takes the place of what was built beside the
+// desk, when such a build is named (see `unit::run`).
+const char *foreign_build() {
+    return getenv("RENEWER_FOREIGN_BUILD");
+}
+
+fs::path as_observed(const fs::path &built) {
+    const char *foreign = foreign_build();
+    return foreign == nullptr ? built : foreign / fs::relative(built, SIMULATOR_BUILD);
+}
 
 void install_simulator(const fs::path &root, const fs::path &program) {
     for (const char *path : stand_ins) {
@@ -93,10 +110,11 @@ void install_simulator(const fs::path &root, const fs::path &program) {
     // ld.so(8) puts the library directory of each process's own architecture for $LIB.
     copy_executable(SIMULATOR_BOUNDARY,
                     root / ".simulator/lib" / SIMULATOR_ARCHITECTURE / "boundary.so");
-    if (const char *foreign = getenv("RENEWER_FOREIGN_BOUNDARY")) {
-        copy_executable(foreign, root / ".simulator/lib/arm-linux-gnueabihf/boundary.so");
+    if (foreign_build() != nullptr) {
+        copy_executable(as_observed(SIMULATOR_BOUNDARY),
+                        root / ".simulator/lib/arm-linux-gnueabihf/boundary.so");
     }
-    copy_executable(program, below(root, program_path));
+    copy_executable(as_observed(program), below(root, program_path));
 }
 
 sockaddr_un address_of(const fs::path &path) {
@@ -225,9 +243,17 @@ public:
             if (schedule[i].due && !schedule[i].done && *schedule[i].due <= now()) {
                 schedule[i].done = true;
                 note(event_kind::act, schedule[i].what->name);
-                acting.now = now();
+                acting.key_time = first_key_time + schedule[i].what->when.delay;
                 schedule[i].what->action(acting);
             }
+        }
+    }
+
+    // The rest of the unit acts on the end marker when it is there, not when it is asked for.
+    void look_for_end_marker() {
+        if (!end_marker_seen && fs::exists(below(root, end_marker))) {
+            end_marker_seen = true;
+            note(event_kind::act, std::string("found ") + end_marker);
         }
     }
 
@@ -240,7 +266,7 @@ public:
             }
         }
         const double desk = static_cast<double>(next.count()) / speed;
-        return std::clamp(static_cast<int>(desk) + 1, 0, 50);
+        return std::clamp(static_cast<int>(desk) + 1, 0, 5);
     }
 
     outcome result;
@@ -252,7 +278,20 @@ private:
     clock::time_point start;
     running_unit acting;
     std::vector<scheduled> schedule;
+    bool end_marker_seen = false;
 };
+
+// What the sanitizers found in the processes of the unit.
+std::string sanitizer_reports(const fs::path &root) {
+    std::string reports;
+    for (const auto &entry : fs::directory_iterator(root / ".simulator")) {
+        if (entry.path().filename().string().starts_with("report.")) {
+            std::ifstream file(entry.path());
+            reports.append(std::istreambuf_iterator<char>(file), {});
+        }
+    }
+    return reports;
+}
 
 // Takes all that has come in.
 void take_records(const recorder &from, observation &seen) {
@@ -369,8 +408,10 @@ outcome unit::run(const std::vector<std::string> &arguments) {
         poll(sources, 2, seen.desk_wait());
         running = sources[1].revents == 0;
         take_records(records, seen);
+        seen.look_for_end_marker();
         seen.act_on_what_is_due();
-        if (running && clock::now() > patience_ends) {
+        const bool stop = plan->stop_request != nullptr && *plan->stop_request;
+        if (running && (stop || clock::now() > patience_ends)) {
             seen.result.timed_out = true;
             kill(unit_process, SIGKILL);
             running = false;
@@ -381,6 +422,9 @@ outcome unit::run(const std::vector<std::string> &arguments) {
     note_end(seen, result_read.get());
     if (key_device >= 0) {
         close(key_device);
+    }
+    if (const std::string reports = sanitizer_reports(root); !reports.empty()) {
+        throw std::runtime_error(reports);
     }
     seen.result.tree = std::shared_ptr<const fs::path>(
         new fs::path(root), [work_directory](const fs::path *path) { delete path; });

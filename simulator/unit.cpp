@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char end_marker[] = "/tmp/update_over";
 constexpr unit_time key_hold = 100ms;
 
 std::string_view name_of(key which) {
@@ -35,8 +34,9 @@ void send_key_event(const running_unit &running, uint16_t type, uint16_t code, i
         uint16_t type;
         uint16_t code;
         int32_t value;
-    } const record = {static_cast<int32_t>(running.now.count() / 1000),
-                      static_cast<int32_t>(running.now.count() % 1000 * 1000), type, code, value};
+    } const record = {static_cast<int32_t>(running.key_time.count() / 1000),
+                      static_cast<int32_t>(running.key_time.count() % 1000 * 1000), type, code,
+                      value};
     static_assert(sizeof(record) == 16);
     if (running.key_device >= 0) {
         [[maybe_unused]] const ssize_t sent = write(running.key_device, &record, sizeof(record));
@@ -75,7 +75,7 @@ unit &unit::key_event(uint16_t code, int32_t value, const moment &when) {
 }
 
 unit &unit::acknowledge_end(unit_time delay) {
-    return remove(end_marker, after(std::string("shell touch ") + end_marker, delay));
+    return remove(end_marker, after(std::string("act found ") + end_marker, delay));
 }
 
 unit &unit::remove(std::string_view path, const moment &when) {
@@ -137,6 +137,11 @@ unit &unit::environment(std::string_view name, std::string_view value) {
 
 unit &unit::watch(std::function<void(const event &)> watcher) {
     plan->watcher = std::move(watcher);
+    return *this;
+}
+
+unit &unit::stop_when(const std::atomic<bool> &requested) {
+    plan->stop_request = &requested;
     return *this;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -80,7 +81,7 @@ struct outcome {
     std::vector<event> events;
     int exit_status = -1;   // -1 when the program was ended by a signal or by the real-time limit
     int ended_by = 0;       // the signal's number, 0 for none
-    bool timed_out = false; // the real-time limit ended it (see `unit::patience`)
+    bool timed_out = false; // ended by the desk (see `unit::patience` and `unit::stop_when`)
     long peak_memory_kib = 0;
     std::shared_ptr<const std::filesystem::path> tree;
 
@@ -136,7 +137,7 @@ public:
     unit &dead_key_device();
     unit &failing_key_device();
 
-    // What happens during the run.
+    // What happens during the run. Key events carry as their time 1000 s and the moment's delay.
     unit &press(key which, const moment &when); // a press and, 100 ms later, its release; each
                                                 // followed by a synchronisation event
     unit &key_event(uint16_t code, int32_t value, const moment &when); // one 16-byte event
@@ -159,10 +160,15 @@ public:
     unit &environment(std::string_view name, std::string_view value);
     // Called with each event as it happens.
     unit &watch(std::function<void(const event &)> watcher);
+    // The run is ended when this becomes true, as by a signal handler of the desk's.
+    unit &stop_when(const std::atomic<bool> &requested);
 
     // Another program instead of the updater (a driver of a test), by its path on the desk.
     unit &program(const std::filesystem::path &path);
 
+    // Runs the program with these arguments until it ends. Two environment variables let a unit of
+    // another architecture be run: RENEWER_FOREIGN_BUILD names a build directory from which the
+    // program is taken instead, RENEWER_RUNNER the emulator that runs it.
     outcome run(const std::vector<std::string> &arguments);
 
 private:

@@ -46,6 +46,25 @@ owned_memory<uint8_t> read_rows(int file, int64_t offset, int width, int height,
     return bmp_read(file, rows.get(), size, offset) ? std::move(rows) : refuse("bmp head err");
 }
 
+void convert_pixels(const uint8_t *in, uint8_t *out, int64_t count) {
+    for (int64_t i = 0; i < count; ++i) {
+        const unsigned blue = in[3 * i], green = in[3 * i + 1], red = in[3 * i + 2];
+        out[2 * i] = static_cast<uint8_t>((red & 0xF8) | green >> 5);
+        out[2 * i + 1] = static_cast<uint8_t>((green << 3 & 0xE0) | blue >> 3);
+    }
+}
+
+// What `bmp_to_buff`, `rgb888_to_rgb565` and `bmp_bottom_to_top` make of stored rows, in one pass.
+owned_memory<uint8_t> rgb565_top_to_bottom(const uint8_t *stored, int width, int height) {
+    const int64_t stored_size = bmp_stored_row_size(width, rgb888_size);
+    const int64_t size = bmp_row_size(width, rgb565_size);
+    owned_memory<uint8_t> pixels = allocate_rows(size, height);
+    for (int64_t row = 0; pixels != nullptr && row < height; ++row) {
+        convert_pixels(stored + (height - 1 - row) * stored_size, pixels.get() + row * size, width);
+    }
+    return pixels;
+}
+
 // `offset_of` tells where in `in` each row of the result comes from.
 template <typename row_offset>
 owned_memory<uint8_t> copy_rows(const uint8_t *in, int64_t row_bytes, int height,
@@ -98,13 +117,7 @@ owned_memory<uint8_t> rgb888_to_rgb565(const uint8_t *in, int width, int height)
     if (pixels == nullptr) {
         return pixels;
     }
-    uint8_t *out = pixels.get();
-    const uint8_t *const end = out + bmp_row_size(width, rgb565_size) * height;
-    for (; out != end; out += rgb565_size, in += rgb888_size) {
-        const unsigned blue = in[0], green = in[1], red = in[2];
-        out[0] = static_cast<uint8_t>((red & 0xF8) | green >> 5);
-        out[1] = static_cast<uint8_t>((green << 3 & 0xE0) | blue >> 3);
-    }
+    convert_pixels(in, pixels.get(), bmp_row_size(width, 1) * height);
     return pixels;
 }
 
@@ -120,23 +133,16 @@ owned_memory<uint8_t> read_bmp_rgb565(const char *path, int *width, int *height)
         return refuse("input point is null");
     }
     int bytes_per_pixel = 0;
-    owned_memory<uint8_t> rows = read_bmp(path, width, height, &bytes_per_pixel);
-    if (rows == nullptr) {
+    const owned_memory<uint8_t> stored = read_bmp(path, width, height, &bytes_per_pixel);
+    if (stored == nullptr) {
         return refuse("read bmp err");
-    }
-    if (bmp_row_size(*width, bytes_per_pixel) % 4 != 0) {
-        rows = bmp_to_buff(rows.get(), *width, *height, bytes_per_pixel);
     }
     if (bytes_per_pixel != rgb888_size) {
         printf("bit count is %d\n", bytes_per_pixel);
         return {};
     }
-    rows = rgb888_to_rgb565(rows.get(), *width, *height);
-    if (rows == nullptr) {
-        return refuse("rgb888 to rgb565 err");
-    }
-    rows = bmp_bottom_to_top(rows.get(), *width, *height, rgb565_size);
-    return rows != nullptr ? std::move(rows) : refuse("bmp bottom to top err");
+    owned_memory<uint8_t> pixels = rgb565_top_to_bottom(stored.get(), *width, *height);
+    return pixels != nullptr ? std::move(pixels) : refuse("rgb888 to rgb565 err");
 }
 
 } // namespace renewer

@@ -66,6 +66,27 @@ std::string as_text(const owned_memory<uint8_t> &pixels, size_t size) {
     return pixels == nullptr ? "none" : std::string(pixels.get(), pixels.get() + size);
 }
 
+struct load_result {
+    owned_memory<uint8_t> pixels;
+    std::string output;
+};
+
+// Loads the picture with room for so many allocations. What is printed goes to a file meanwhile, so
+// that nothing but the loader allocates.
+load_result load_with(int allocations) {
+    int width = 0;
+    int height = 0;
+    testing::internal::CaptureStdout();
+    largest_allocation = 0;
+    allocations_left = allocations;
+    load_result result = {read_bmp_rgb565(path, &width, &height), ""};
+    allocations_left = INT_MAX;
+    const size_t largest = largest_allocation;
+    result.output = testing::internal::GetCapturedStdout();
+    largest_allocation = largest;
+    return result;
+}
+
 struct refusal {
     const char *what;
     std::string file;
@@ -108,31 +129,25 @@ TEST(mw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) {
     const size_t descriptors = open_descriptors();
     for (const auto &[what, file, output] : refusals) {
         put_file(path, file);
-        int width = 0;
-        int height = 0;
-        output_listener printed;
-        largest_allocation = 0;
-        const auto pixels = read_bmp_rgb565(path, &width, &height);
+        const load_result loaded = load_with(INT_MAX);
         EXPECT_LE(largest_allocation, 48u) << what;
-        EXPECT_EQ(pixels, nullptr) << what;
-        EXPECT_EQ(printed.text, output) << what;
+        EXPECT_EQ(loaded.pixels, nullptr) << what;
+        EXPECT_EQ(loaded.output, output) << what;
     }
     EXPECT_EQ(open_descriptors(), descriptors);
     put_file(path, bmp{}.bytes());
-    int width = 0;
-    int height = 0;
-    EXPECT_NE(read_bmp_rgb565(path, &width, &height), nullptr) << "the control";
+    EXPECT_NE(load_with(INT_MAX).pixels, nullptr) << "the control";
 }
 
+#if __SIZEOF_LONG__ == 8 // no file of a 32-bit system holds as much
 TEST(mw_bmp, refuses_a_picture_beyond_an_int_though_the_file_holds_it) {
     put_file(path, bmp{.width = 40000, .height = 20000}.first(54));
     std::filesystem::resize_file(path, 54 + 40000ull * 20000 * 3);
-    int width = 0;
-    int height = 0;
-    output_listener printed;
-    EXPECT_EQ(read_bmp_rgb565(path, &width, &height), nullptr);
-    EXPECT_EQ(printed.text, no_memory);
+    const load_result loaded = load_with(INT_MAX);
+    EXPECT_EQ(loaded.pixels, nullptr);
+    EXPECT_EQ(loaded.output, no_memory);
 }
+#endif
 
 TEST(mw_bmp, says_what_cannot_be_opened_or_is_not_given) {
     int size = 0;
@@ -153,23 +168,15 @@ TEST(mw_bmp, ends_in_order_when_memory_runs_out) {
     } cases[] = {
         {{}, 0, "malloc err\nread bmp err\n"},
         {{}, 1, "malloc err\nrgb888 to rgb565 err\n"},
-        {{}, 2, "malloc err\nbmp bottom to top err\n"},
         {{.width = 3}, 0, "malloc err\nread bmp err\n"},
-        {{.width = 3}, 1, "malloc err\nin is null\nrgb888 to rgb565 err\n"},
-        {{.width = 3}, 2, "malloc err\nrgb888 to rgb565 err\n"},
-        {{.width = 3}, 3, "malloc err\nbmp bottom to top err\n"},
-        {{.width = 1, .bits = 48}, 1, "malloc err\nbit count is 6\n"},
+        {{.width = 3}, 1, "malloc err\nrgb888 to rgb565 err\n"},
+        {{.width = 1, .bits = 48}, 1, "bit count is 6\n"},
     };
     for (const auto &[file, allocations, output] : cases) {
         put_file(path, file.bytes());
-        int width = 0;
-        int height = 0;
-        output_listener printed;
-        allocations_left = allocations;
-        const auto pixels = read_bmp_rgb565(path, &width, &height);
-        allocations_left = INT_MAX;
-        EXPECT_EQ(pixels, nullptr) << file.width << " " << allocations;
-        EXPECT_EQ(printed.text, output) << file.width << " " << allocations;
+        const load_result loaded = load_with(allocations);
+        EXPECT_EQ(loaded.pixels, nullptr) << file.width << " " << allocations;
+        EXPECT_EQ(loaded.output, output) << file.width << " " << allocations;
     }
 }
 
@@ -252,8 +259,15 @@ TEST(mw_bmp, loads_the_pictures_that_another_program_wrote) {
         int read_height = 0;
         const auto loaded = read_bmp_rgb565(path, &read_width, &read_height);
         EXPECT_EQ(std::pair(read_width, read_height), std::pair(width, height));
-        EXPECT_TRUE(as_text(loaded, static_cast<size_t>(width * height * 2)) == rgb565_of(pixels))
-            << width << " x " << height;
+        const auto size = static_cast<size_t>(width * height * 2);
+        EXPECT_TRUE(as_text(loaded, size) == rgb565_of(pixels)) << width << " x " << height;
+
+        int bytes_per_pixel = 0;
+        const auto stored = read_bmp(path, &read_width, &read_height, &bytes_per_pixel);
+        const auto packed = bmp_to_buff(stored.get(), width, height, 3);
+        const auto narrow = rgb888_to_rgb565(packed.get(), width, height);
+        const auto turned = bmp_bottom_to_top(narrow.get(), width, height, 2);
+        EXPECT_TRUE(as_text(turned, size) == rgb565_of(pixels)) << "step by step";
     }
 }
 

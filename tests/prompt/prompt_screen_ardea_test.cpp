@@ -314,7 +314,7 @@ TEST_F(prompt_screen, animation_ends_by_itself_with_the_built_in_picture) {
 TEST_F(prompt_screen, a_thread_that_could_not_start_is_not_joined) {
     pthread_attr_t large_stack;
     pthread_attr_init(&large_stack);
-    pthread_attr_setstacksize(&large_stack, size_t{1} << 46); // more than there is
+    pthread_attr_setstacksize(&large_stack, (SIZE_MAX / 8 + 1) * 7); // more than there is
     pthread_attr_t usual;
     pthread_getattr_default_np(&usual);
     pthread_setattr_default_np(&large_stack);

@@ -1,5 +1,7 @@
 #include "simulator/sa1230_panel.h"
 
+#include "tests/support/pictures.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -187,6 +189,16 @@ TEST(sa1230_panel, shows_bytes_in_the_wrong_order_in_wrong_colours) {
     sa1230_panel panel = ready();
     command(panel, 0x2C, {0x00, 0xF8});
     EXPECT_NE(seen(panel, 293, 0), red);
+}
+
+TEST(sa1230_panel, gives_its_picture_as_a_file_that_another_program_reads) {
+    sa1230_panel panel = ready();
+    command(panel, 0x2C, four_colours);
+    write_png("/tmp/seen.png", panel.seen());
+    const std::string ppm = netpbm("pngtopnm", get_file("/tmp/seen.png"));
+    const std::vector<uint8_t> rgb = panel.seen().rgb;
+    EXPECT_TRUE(ppm == ppm_of(294, 126, std::string(rgb.begin(), rgb.end())));
+    EXPECT_THROW(write_png("/none/seen.png", panel.seen()), std::runtime_error);
 }
 
 TEST(sa1230_panel, tells_of_each_transfer) {

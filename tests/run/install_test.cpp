@@ -1,0 +1,228 @@
+// What the install step does with the update, its script and the updater's own copy.
+
+#include "simulator/unit.h"
+
+#include <gtest/gtest.h>
+
+using namespace simulator;
+
+namespace {
+
+// A package below "/firmware" asks nobody; kind 0 has a time limit of 60 s, kind 5 has none.
+unit usual_unit() {
+    unit it;
+    it.model("13").acknowledge_end(200ms).clock_speed(100);
+    return it;
+}
+
+const std::vector<std::string> limited = {"0", "/firmware/package", "13"};
+const std::vector<std::string> unlimited = {"5", "/firmware/package"};
+
+constexpr const char success_pattern[] = "shell touch /tmp/update_flag\n"
+                                         "shell echo update_success >> /data/app/log/update.log\n";
+
+bool succeeded(const outcome &end) {
+    return end.has("shell echo update_success");
+}
+
+TEST(install, script_that_fails_once_is_run_again) {
+    const outcome end = usual_unit()
+                            .install_script("#!/bin/sh\n"
+                                            "test -e /tmp/second && echo second && exit 0\n"
+                                            "echo first > /tmp/second\n"
+                                            "exit 7\n")
+                            .run(limited);
+    EXPECT_EQ(end.count("out fork_exec: /firmware/install.sh 1>/data/app/log/update.log 2>&1"), 2);
+    EXPECT_EQ(end.transcript({event_kind::alarm}),
+              "alarm 60 s\nalarm 0 s\nalarm 60 s\nalarm 0 s\n");
+    EXPECT_LT(end.when("out status 7"), end.when("out status 0"));
+    EXPECT_TRUE(succeeded(end));
+    // The second run's output replaces the first's; the run's own lines follow it.
+    EXPECT_TRUE(end.file("/data/app/log/update.log")->starts_with("second\nupdate_success\n"));
+}
+
+TEST(install, script_that_fails_twice_fails_the_update) {
+    const outcome end = usual_unit().install_script("#!/bin/sh\nexit 255\n").run(limited);
+    EXPECT_EQ(end.count("out status 255"), 2);
+    EXPECT_FALSE(succeeded(end));
+    EXPECT_EQ(end.file("/data/sbin/renewer"), "the installed updater\n");
+    EXPECT_TRUE(end.exists("/tmp/update_flag"));
+    EXPECT_EQ(end.exit_status, 1);
+}
+
+TEST(install, update_without_files_is_not_installed) {
+    const outcome end =
+        usual_unit().without("/firmware/update").directory("/firmware/update").run(limited);
+    EXPECT_TRUE(end.errors().starts_with("cp: cannot stat '/firmware/update/*'")) << end.errors();
+    EXPECT_FALSE(end.has("out wait"));
+    EXPECT_FALSE(end.has("fork_exec"));
+    EXPECT_FALSE(succeeded(end));
+}
+
+TEST(install, missing_script_is_a_failure_of_the_shell) {
+    const outcome end = usual_unit().without("/firmware/update/install.sh").run(limited);
+    EXPECT_EQ(end.count("out status 127"), 2);
+    EXPECT_FALSE(succeeded(end));
+}
+
+// The script runs over in both attempts; `forced` of them had to be ended by their process group.
+void expect_stopped_twice(const outcome &end, int forced) {
+    EXPECT_EQ(end.count("shell killall install.sh"), 2);
+    EXPECT_EQ(end.count("signal 9 to group"), forced);
+    EXPECT_EQ(end.count("out fork_exec"), 2);
+    EXPECT_FALSE(succeeded(end));
+    EXPECT_EQ(end.exit_status, 1);
+    for (const int attempt : {1, 2}) {
+        const auto begun = end.when("out fork_exec", attempt);
+        const auto told = end.when("shell killall install.sh", attempt);
+        ASSERT_TRUE(begun && told);
+        EXPECT_GE(*told - *begun, 59s);
+    }
+}
+
+TEST(install, script_that_runs_over_is_stopped_twice) {
+    struct {
+        const char *name;
+        const char *script;
+    } const cases[] = {
+        {"ends by the signal", "#!/bin/sh\nwhile :; do sleep 1; done\n"},
+        {"ends well when it is told to",
+         "#!/bin/sh\ntrap 'exit 0' TERM\nwhile :; do sleep 1; done\n"},
+    };
+    for (const auto &[name, script] : cases) {
+        SCOPED_TRACE(name);
+        // Slow enough for the script to end within the grace that it is given.
+        expect_stopped_twice(usual_unit().clock_speed(25).install_script(script).run(limited), 0);
+    }
+}
+
+TEST(install, script_that_does_not_stop_is_ended_with_all_its_processes) {
+    struct {
+        const char *name;
+        const char *script;
+    } const cases[] = {
+        {"ignores the signal", "#!/bin/sh\ntrap '' TERM\nwhile :; do sleep 1; done\n"},
+        {"runs under another name", "while :; do sleep 1; done\n"},
+        {"leaves its command behind", "#!/bin/sh\nsleep 100000\n"},
+    };
+    for (const auto &[name, script] : cases) {
+        SCOPED_TRACE(name);
+        expect_stopped_twice(usual_unit().install_script(script).run(limited), 2);
+    }
+}
+
+TEST(install, what_a_stopped_script_leaves_running_does_not_meet_the_second_attempt) {
+    // Each attempt leaves a writer behind that outlives the first signal.
+    const outcome end = usual_unit()
+                            .install_script("#!/bin/sh\n"
+                                            "echo attempt >> /tmp/written\n"
+                                            "(trap '' TERM; while :; do\n"
+                                            "   echo line of $$ >> /tmp/written; sleep 0.5\n"
+                                            "done) &\n"
+                                            "wait\n")
+                            .run(limited);
+    EXPECT_EQ(end.count("signal 9 to group"), 2);
+    const std::string written = end.file("/tmp/written").value_or("");
+    const size_t second = written.find("attempt", 1);
+    ASSERT_NE(second, std::string::npos);
+    const std::string first_writer = written.substr(8, written.find('\n', 8) - 8);
+    ASSERT_TRUE(first_writer.starts_with("line of ")) << first_writer;
+    EXPECT_EQ(written.find(first_writer + "\n", second), std::string::npos) << written;
+}
+
+TEST(install, what_a_good_script_leaves_running_goes_on) {
+    const outcome end = unit()
+                            .model("13")
+                            .install_script("#!/bin/sh\n"
+                                            "(sleep 30; echo finished > /tmp/later) &\n"
+                                            "exit 0\n")
+                            .acknowledge_end(40s)
+                            .run(limited);
+    EXPECT_TRUE(succeeded(end));
+    EXPECT_FALSE(end.has("signal 9"));
+    EXPECT_EQ(end.file("/tmp/later"), "finished\n");
+}
+
+TEST(install, without_a_limit_the_script_has_its_time) {
+    const outcome end =
+        usual_unit().install_script("#!/bin/sh\nsleep 300\necho done\n").run(unlimited);
+    EXPECT_TRUE(end.has("out wait -1 sec..."));
+    EXPECT_FALSE(end.has("killall install.sh"));
+    EXPECT_TRUE(succeeded(end));
+    EXPECT_GE(*end.when("out status 0") - *end.when("out fork_exec"), 300s);
+}
+
+TEST(install, script_ended_by_a_signal_is_a_failed_attempt) {
+    const outcome end = usual_unit().install_script("#!/bin/sh\nkill -9 $$\n").run(limited);
+    EXPECT_EQ(end.count("out status 137"), 2);
+    EXPECT_FALSE(succeeded(end));
+}
+
+TEST(install, own_copy_follows_the_version_files) {
+    struct {
+        const char *pack_version;
+        const char *data_version; // null: no such file
+        bool copied;
+        const char *lines;
+    } const cases[] = {
+        {"renewer_version:v1.1.4\n", "renewer_version:v1.1.4\n", true,
+         "pack version 1.1.4\n\ndata version 1.1.4\n\n"},
+        {"renewer_version:v1.1.3\n", "renewer_version:v1.1.4\n", false,
+         "pack version 1.1.3\n\ndata version 1.1.4\n\n"},
+        {"renewer_version:v1.1.10", "renewer_version:v1.1.9", true,
+         "pack version 1.1.10\ndata version 1.1.9\n"},
+        {"short", "renewer_version:v1.1.4", false, "pack version \ndata version 1.1.4\n"},
+        {"", "", true, "pack version \ndata version \n"},
+        {"renewer_version:v1.1.4.123456789012345\n", "renewer_version:v1.1.4\n", true,
+         "pack version 1.1.4.12345678\ndata version 1.1.4\n\n"},
+    };
+    for (const auto &[pack_version, data_version, copied, lines] : cases) {
+        SCOPED_TRACE(pack_version);
+        const outcome end = usual_unit()
+                                .file("/tmp/pack_version", pack_version)
+                                .file("/tmp/data_version", data_version)
+                                .run(limited);
+        EXPECT_NE(end.output().find(std::string("this is new version checkupdate\r\n") + lines),
+                  std::string::npos)
+            << end.output();
+        EXPECT_EQ(end.file("/data/sbin/renewer"),
+                  copied ? "the updater of this update\n" : "the installed updater\n");
+        EXPECT_EQ(end.exists("/data/sbin/update/renewer"), copied);
+        EXPECT_TRUE(succeeded(end));
+    }
+}
+
+TEST(install, version_file_that_cannot_be_opened_fails_the_update) {
+    const outcome end =
+        usual_unit().file("/tmp/pack_version", "renewer_version:v1.1.4\n").run(limited);
+    EXPECT_TRUE(end.has("out status 0"));
+    EXPECT_TRUE(end.has("err fopen: No such file or directory"));
+    EXPECT_EQ(end.file("/data/sbin/renewer"), "the installed updater\n");
+    EXPECT_FALSE(succeeded(end));
+}
+
+TEST(install, own_copy_keeps_a_directory_that_exists) {
+    const outcome end = usual_unit().directory("/data/sbin/update").run(limited);
+    EXPECT_TRUE(end.has("out /data/sbin/update already exist\r"));
+    EXPECT_FALSE(end.has("shell mkdir"));
+    EXPECT_EQ(end.file("/data/sbin/update/renewer"), "the updater of this update\n");
+}
+
+TEST(install, failing_own_copy_does_not_fail_the_update) {
+    const outcome end = usual_unit().without("/firmware/update/renewer.bin").run(limited);
+    EXPECT_NE(end.errors().find("cp: cannot stat '/firmware/renewer.bin'"), std::string::npos);
+    EXPECT_TRUE(succeeded(end));
+}
+
+TEST(install, copies_the_update_with_its_links_and_directories) {
+    const outcome end = usual_unit()
+                            .file("/firmware/update/dir with blank/file", "content")
+                            .link("/firmware/update/link", "nowhere")
+                            .run(limited);
+    EXPECT_EQ(end.file("/firmware/dir with blank/file"), "content");
+    EXPECT_NE(end.listing("/firmware").find("\nlink link\n"), std::string::npos);
+    EXPECT_EQ(end.file("/data/app/log/update.log")->substr(0, 21), "installing\ninstalled\n");
+    EXPECT_NE(end.transcript({event_kind::shell}).find(success_pattern), std::string::npos);
+}
+
+} // namespace

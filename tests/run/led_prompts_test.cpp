@@ -1,0 +1,269 @@
+#include "simulator/unit.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <regex>
+#include <string>
+#include <sys/resource.h>
+
+using namespace simulator;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+unit led_unit() {
+    return unit().model("13").program(PROMPT_DRIVER);
+}
+
+std::string five(const char *value) {
+    std::string lines;
+    for (const char *led :
+         {"Light_Gps", "Light_Data_Se", "Light_Data_Re", "Light_Charge", "Light_Power"}) {
+        lines += std::string("led ") + led + " " + value + "\n";
+    }
+    return lines;
+}
+
+const std::string five_on = five("255");
+const std::string five_off = five("0");
+const std::string static_on = "led Light_Static_Data 255\n";
+
+// Result patterns of a unit whose PN characters 4 and 5 are not 56 to 59, and of one where they
+// are.
+const std::string three_on = "led Light_Gps 255\nled Light_Data_Se 255\nled Light_Power 255\n";
+const std::string three_off = "led Light_Gps 0\nled Light_Data_Se 0\nled Light_Power 0\n";
+const std::string charge_and_power = "led Light_Charge 255\nled Light_Power 255\n";
+
+std::string leds_and_sleeps(const outcome &end) {
+    return end.transcript({event_kind::led, event_kind::sleep});
+}
+
+int exact_count(const outcome &end, const std::string &line) {
+    return static_cast<int>(
+        std::ranges::count_if(end.events, [&](const event &e) { return e.line() == line; }));
+}
+
+TEST(led_prompts, confirm_answers) {
+    const moment in_1_s = after("wait", 1s);
+    const moment in_2_s = after("wait", 2s);
+    const std::string lone = "poweroff button press one time 2 second";
+    const struct {
+        const char *what;
+        unit described;
+        std::string result;
+        const char *decided_by; // what happened at the unit
+        int occurrence;
+        std::string printed;
+        std::string not_printed;
+    } cases[] = {
+        {"ok pressed", led_unit().press(key::ok, in_1_s), "prompt 1: 1", "press ok", 1,
+         "get a key\n@2  1 ", "@2  0 "},
+        {"ok released, pressed before", led_unit().key_event(2, 0, in_1_s), "prompt 1: 1",
+         "key event 2 0", 1, "ok button is pressed:0s\n", lone},
+        {"power key pressed twice", led_unit().press(key::right, in_1_s).press(key::right, in_2_s),
+         "prompt 1: 0", "act release right", 2, "get the code is :13.\n", lone},
+        {"power key, then ok", led_unit().press(key::right, in_1_s).press(key::ok, in_2_s),
+         "prompt 1: 1", "press ok", 1, "get the code is :13.\n", lone},
+        {"other keys, then ok",
+         led_unit()
+             .press(key::left, in_1_s)
+             .press(key::power, in_1_s)
+             .press(key::esc, in_1_s)
+             .key_event(3, 1, in_1_s) // the power key is pressed and held
+             .key_event(3, 2, in_1_s)
+             .key_event(0, 0, in_1_s)
+             .key_event(352, 1, in_1_s)
+             .press(key::ok, after("wait", 4s)),
+         "prompt 1: 1", "press ok", 1, "get the code is :14.\n", lone},
+    };
+    for (auto [what, described, result, decided_by, occurrence, printed, not_printed] : cases) {
+        const outcome end = described.clock_speed(10).run({"1"});
+        EXPECT_TRUE(end.has(result)) << what << "\n" << end.transcript();
+        EXPECT_EQ(end.exit_status, 0) << what;
+        EXPECT_THAT(end.output(), HasSubstr(printed)) << what;
+        EXPECT_THAT(end.output(), Not(HasSubstr(not_printed))) << what;
+        EXPECT_GE(end.when(result), end.when(decided_by, occurrence)) << what;
+        EXPECT_TRUE(leds_and_sleeps(end).ends_with(five_off)) << what;
+    }
+}
+
+TEST(led_prompts, one_power_press_confirms_after_2_s) {
+    const outcome end = led_unit().clock_speed(10).press(key::right, after("wait", 1s)).run({"1"});
+
+    EXPECT_THAT(end.output(), HasSubstr("poweroff button press one time 2 second\nprompt 1: 1\n"));
+    const unit_time released = end.when("act release right").value();
+    EXPECT_GE(end.when("prompt 1: 1").value() - released, 2s);
+    // Two seconds end within the eighth wait from there at the latest.
+    const auto later = [&](const event &e) {
+        return e.kind == event_kind::wait && e.at > released;
+    };
+    EXPECT_LE(std::ranges::count_if(end.events, later), 10) << end.transcript();
+}
+
+TEST(led_prompts, confirm_blinks_the_five_until_120_s_have_passed) {
+    const outcome end = led_unit().without("/dev/input/event1").clock_speed(400).run({"1"});
+
+    std::string expected = static_on + static_on + five_off;
+    for (int slice = 0; slice < 399; ++slice) {
+        // A count from 0 to 100 decides: every 101 slices the five are lit twice in a row.
+        expected += "wait 0.3 s\n" + (slice % 101 % 2 == 0 ? five_on : five_off);
+    }
+    expected += "wait 0.3 s\n" + five_off;
+    EXPECT_EQ(end.transcript({event_kind::led, event_kind::wait}), expected);
+    EXPECT_EQ(end.output(), "key fd < 0\nprompt 1: 0\n");
+    EXPECT_GE(end.when("prompt 1: 0").value(), 120s);
+}
+
+// A device that is gone is readable for ever: looked at once, and then no more.
+TEST(led_prompts, confirm_without_a_usable_key_device_ends_after_120_s) {
+    const struct {
+        const char *what;
+        unit described;
+        std::vector<std::string> arguments;
+        std::string printed;
+    } cases[] = {
+        {"dead", led_unit().dead_key_device(), {"1"}, "get a key\nprompt 1: 0\n"},
+        {"failing", led_unit().failing_key_device(), {"1"}, "get a key\nprompt 1: 0\n"},
+        {"descriptor too large for select",
+         led_unit().limit(RLIMIT_NOFILE, 2048).press(key::ok, after("wait", 1s)),
+         {"descriptors=1100", "1"},
+         "prompt 1: 0\n"},
+    };
+    for (auto [what, described, arguments, printed] : cases) {
+        const outcome end = described.clock_speed(400).run(arguments);
+        EXPECT_EQ(end.output(), printed) << what;
+        EXPECT_EQ(exact_count(end, "wait 0.3 s"), 400) << what;
+        EXPECT_LE(end.count("wait "), 401) << what;
+    }
+}
+
+// A key neither begins a new slice nor takes one from the budget: with keys as without there are
+// 400 whole slices.
+TEST(led_prompts, ignored_keys_do_not_prolong_the_wait) {
+    unit described = led_unit();
+    for (int key_number = 0; key_number < 300; ++key_number) {
+        described.key_event(4, key_number % 2 == 0, after("wait", 100ms * key_number));
+    }
+    const outcome end = described.run({"1"});
+
+    EXPECT_TRUE(end.has("prompt 1: 0"));
+    EXPECT_EQ(end.count("out get a key"), 300);
+    EXPECT_EQ(exact_count(end, "wait 0.3 s"), 400);
+    EXPECT_GE(end.when("prompt 1: 0").value(), 120s);
+}
+
+TEST(led_prompts, success_pattern_follows_the_part_number) {
+    const struct {
+        const char *part_number;
+        const std::string &pattern;
+    } cases[] = {
+        {"10135634", charge_and_power}, {"10135734", charge_and_power},
+        {"10135834", charge_and_power}, {"10135934", charge_and_power},
+        {"10135534", three_on},         {"10135:34", three_on},
+        {"10136034", three_on},         {"10136634", three_on},
+        {"10130534", three_on},         {"1013", three_on},
+    };
+    for (const auto &[part_number, pattern] : cases) {
+        const outcome end = led_unit().part_number(part_number).run({"2"});
+        const std::string lit = &pattern == &three_on ? static_on + three_on : pattern;
+        EXPECT_EQ(leds_and_sleeps(end), static_on + five_off + lit + "sleep 3 s\n" + five_off)
+            << part_number;
+        EXPECT_EQ(end.output(), "prompt 2: 1\n");
+    }
+}
+
+TEST(led_prompts, failure_and_refusal_flash_three_times) {
+    for (const char *number : {"4", "5"}) {
+        const outcome end = led_unit().run({number});
+        std::string expected = static_on + five_off;
+        for (int flash = 0; flash < 3; ++flash) {
+            expected += static_on + three_on + "sleep 1 s\n" + three_off + "sleep 1 s\n";
+        }
+        EXPECT_EQ(leds_and_sleeps(end), expected + "sleep 3 s\n");
+        EXPECT_EQ(end.output(), std::string("prompt ") + number + ": 1\n");
+    }
+}
+
+TEST(led_prompts, a_missing_led_is_reported_and_passed_over) {
+    const outcome end = led_unit().without("/sys/class/leds/Light_Gps").run({"2"});
+
+    std::string others = five_off.substr(five_off.find('\n') + 1);
+    EXPECT_EQ(leds_and_sleeps(end), static_on + others + charge_and_power + "sleep 3 s\n" + others);
+    EXPECT_EQ(end.output(), "led dev  open failed\nled dev  open failed\nprompt 2: 1\n");
+    EXPECT_EQ(end.errors(), "open: No such file or directory\nopen: No such file or directory\n");
+}
+
+TEST(led_prompts, running_indication_alternates_until_the_result_is_shown) {
+    const std::string charge = "led Light_Charge 255\nled Light_Power 0\nsleep 0.5 s\n";
+    const std::string power = "led Light_Charge 0\nled Light_Power 255\nsleep 0.5 s\n";
+    const std::string both_off = "led Light_Charge 0\nled Light_Power 0\n";
+    const struct {
+        const char *number;
+        std::string result_begins;
+    } cases[] = {{"2", charge_and_power + "sleep 3 s\n"},
+                 {"4", static_on + three_on + "sleep 1 s\n"},
+                 {"5", static_on + three_on + "sleep 1 s\n"}};
+    for (const auto &[number, result_begins] : cases) {
+        const outcome end = led_unit().run({"3", "pause=4.2", number});
+
+        EXPECT_TRUE(end.output().starts_with("################update coming!#####################\n"
+                                             "prompt 3: 1\n"))
+            << end.output();
+        EXPECT_EQ(end.exit_status, 0); // no report of a sanitizer either
+        // The prompts' own beginning and the pause fall somewhere between the thread's steps.
+        std::string seen =
+            std::regex_replace(leds_and_sleeps(end), std::regex("sleep 4.2 s\n"), "");
+        ASSERT_TRUE(seen.starts_with(static_on));
+        const size_t second = seen.find(static_on, static_on.size());
+        seen.erase(second, static_on.size()).erase(0, static_on.size());
+        EXPECT_TRUE(std::regex_search(seen, std::regex("^" + five_off + "(" + charge + power +
+                                                       ")+(" + charge + ")?" + both_off + five_off +
+                                                       result_begins)))
+            << number << "\n"
+            << seen;
+    }
+}
+
+TEST(led_prompts, second_pattern_runs_along_the_panel) {
+    // Without the two LEDs that the running indication switches at the same time.
+    const outcome end = led_unit().run({"3", "pause=4", "light=8", "2"});
+
+    std::string seen;
+    for (const event &e : end.events) {
+        const bool shared = e.text.starts_with("Light_Charge") || e.text.starts_with("Light_Power");
+        seen += e.kind == event_kind::led && !shared ? e.line() + "\n" : "";
+    }
+    const std::string gps = "led Light_Gps ", se = "led Light_Data_Se ", re = "led Light_Data_Re ";
+    const std::string none_lit = gps + "0\n" + se + "0\n" + re + "0\n";
+    const std::string one_round = static_on + none_lit + gps + "255\n" + se + "0\n" + re + "0\n" +
+                                  gps + "0\n" + se + "255\n" + re + "0\n" + none_lit;
+    EXPECT_TRUE(seen.starts_with(static_on + none_lit + none_lit + one_round)) << seen;
+    EXPECT_GE(end.count("sleep 0.2 s"), 4);
+}
+
+TEST(led_prompts, unit_without_a_prompt_set_is_left_alone) {
+    for (const char *model : {"15", "31", "1", ""}) {
+        const outcome end = led_unit().model(model).run({"6", "1", "2", "3", "4", "5", "7"});
+        EXPECT_EQ(end.transcript(), "out prompt 6: 0\nout prompt 1: 0\nout prompt 2: 0\n"
+                                    "out prompt 3: 0\nout prompt 4: 0\nout prompt 5: 0\n"
+                                    "out prompt 7: 0\nexit status 0\n")
+            << model;
+    }
+}
+
+TEST(led_prompts, host_record_that_vanishes_stops_no_ending) {
+    const outcome end = led_unit()
+                            .remove("/update/hw/sys", after("prompt 3: 1", 0s))
+                            .run({"6", "3", "pause=12", "2", "5"});
+
+    EXPECT_TRUE(end.output().ends_with("prompt 3: 1\nprompt 2: 0\nprompt 5: 0\n")) << end.output();
+    const std::string refusal =
+        "open sys err: No such file or directory\nget_local_host_info() failure\n";
+    EXPECT_EQ(end.errors(), refusal + refusal);
+    EXPECT_EQ(end.exit_status, 0); // with the running indication still going on
+}
+
+} // namespace
