@@ -9,11 +9,18 @@ namespace renewer {
 
 namespace {
 
-void fill(uint8_t *buf, int x, int y, int width, int height, uint8_t level) {
+// A band from top to bottom is narrow as a rule: set pixel by pixel.
+void fill_columns(uint8_t *buf, int x, int y, int width, int height, uint8_t level) {
     for (int row = y; row < y + height; ++row) {
         for (int column = x; column < x + width; ++column) {
             set_canavs_1Dlocation_value(buf, row * ssd1327zb_width + column, level);
         }
+    }
+}
+
+void fill_rows(uint8_t *buf, int x, int y, int width, int height, uint8_t level) {
+    for (int row = y; row < y + height; ++row) {
+        ssd1327zb_fill_level(buf, row * ssd1327zb_width + x, width, level);
     }
 }
 
@@ -35,10 +42,10 @@ int ssd1327zb_draw_border_on_canvas(canvas *frame, const box *area, uint8_t thic
         return -1;
     }
     const auto level = static_cast<uint8_t>(std::min<int>(percentage, 100) * 15 / 100);
-    fill(frame->buf, x, y, width, band, level);
-    fill(frame->buf, x, y + height - band, width, band, level);
-    fill(frame->buf, x, y + band, band, height - 2 * band, level);
-    fill(frame->buf, x + width - band, y + band, band, height - 2 * band, level);
+    fill_rows(frame->buf, x, y, width, band, level);
+    fill_rows(frame->buf, x, y + height - band, width, band, level);
+    fill_columns(frame->buf, x, y + band, band, height - 2 * band, level);
+    fill_columns(frame->buf, x + width - band, y + band, band, height - 2 * band, level);
     return 0;
 }
 

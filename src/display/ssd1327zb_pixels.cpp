@@ -1,5 +1,7 @@
 #include "display/ssd1327zb_pixels.h"
 
+#include <cstring>
+
 namespace renewer {
 
 namespace {
@@ -40,6 +42,19 @@ void draw(uint8_t *to, bool from_high, const uint8_t *levels, int32_t count, uin
 }
 
 } // namespace
+
+void ssd1327zb_fill_level(uint8_t *buf, int32_t first, int32_t count, uint8_t level) {
+    if (first % 2 != 0 && count > 0) {
+        set_canavs_1Dlocation_value(buf, first++, level);
+        --count;
+    }
+    if (count % 2 > 0) {
+        set_canavs_1Dlocation_value(buf, first + --count, level);
+    }
+    if (count > 0) {
+        memset(buf + first / 2, (level & 0x0F) * 0x11, static_cast<size_t>(count / 2));
+    }
+}
 
 void ssd1327zb_draw_levels(uint8_t *buf, int32_t first, const uint8_t *levels, int32_t count,
                            uint32_t flags) {

@@ -19,6 +19,9 @@ inline void set_canavs_1Dlocation_value(uint8_t *buf, int32_t n, uint8_t level) 
                       : static_cast<uint8_t>((byte & 0xF0) | (level & 0x0F));
 }
 
+// Sets `count` pixels from number `first` on to the low 4 bits of `level`.
+void ssd1327zb_fill_level(uint8_t *buf, int32_t first, int32_t count, uint8_t level);
+
 // Draws `count` levels, one byte each, into the pixels from number `first` on. Whether a level is 0
 // is looked at before it is inverted. Only the low 4 bits of a level count.
 void ssd1327zb_draw_levels(uint8_t *buf, int32_t first, const uint8_t *levels, int32_t count,

@@ -1,8 +1,8 @@
-// Draws the pictures of docs/pictures that show the OLED, or checks that they are as they would be
-// drawn:
+// Draws the pictures of the docs that show the OLED, or checks that they are as they would be drawn
+// and that the bytes that oled.md shows are those of the program:
 //
-//     oled_pictures write DIRECTORY
-//     oled_pictures check DIRECTORY
+//     oled_pictures write DOCS
+//     oled_pictures check DOCS
 //     oled_pictures show
 //
 // "oled-status.png" is what the panel shows when the real driver has sent the status screen to it;
@@ -11,6 +11,7 @@
 
 #include "display/ssd1327zb_fonts.h"
 #include "simulator/terminal_picture.h"
+#include "tests/support/files.h"
 #include "tests/support/spi_boundary.h"
 #include "tools/oled_status/status_screen.h"
 #include "tools/oled_status/texts.h"
@@ -20,8 +21,10 @@
 #include <exception>
 #include <functional>
 #include <map>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -138,11 +141,54 @@ const std::map<std::string, std::function<picture()>> pictures = {
     {"oled-glyphs.png", [] { return enlarged(all_glyphs(), 2); }},
 };
 
-int check(const std::filesystem::path &directory) {
+// A text with each run of blanks and line ends as one blank.
+std::string on_one_line(const std::string &text) {
+    std::istringstream words(text);
+    std::string line;
+    for (std::string word; words >> word;) {
+        line += word + " ";
+    }
+    return line;
+}
+
+std::string hex(const uint8_t *bytes, size_t count) {
+    std::string text;
+    for (size_t i = 0; i < count; ++i) {
+        char digits[4];
+        snprintf(digits, sizeof(digits), "%02X ", bytes[i]);
+        text += digits;
+    }
+    return text;
+}
+
+// What oled.md shows in hexadecimal: the commands that were sent, and a glyph.
+std::vector<std::string> shown_bytes() {
+    spi().forget();
+    status_screen();
+    std::vector<std::string> shown = {
+        hex(&AsciiCharac['A' * narrow_glyph_size], narrow_glyph_size)};
+    std::istringstream transcript(spi().transcript);
+    for (std::string line; std::getline(transcript, line);) {
+        const std::string command = "command ";
+        if (line.starts_with(command) && line != "command level") {
+            shown.push_back(line.substr(command.size()) + " ");
+        }
+    }
+    return shown;
+}
+
+int check(const std::filesystem::path &docs) {
     int status = 0;
     for (const auto &[name, draw] : pictures) {
-        if (!(simulator::read_png(directory / name) == draw())) {
+        if (!(simulator::read_png(docs / "pictures" / name) == draw())) {
             fprintf(stderr, "%s is not what would be drawn\n", name.c_str());
+            status = 1;
+        }
+    }
+    const std::string text = on_one_line(get_file(docs / "oled.md"));
+    for (const std::string &bytes : shown_bytes()) {
+        if (text.find(bytes) == text.npos) {
+            fprintf(stderr, "oled.md does not show %s\n", bytes.c_str());
             status = 1;
         }
     }
@@ -156,7 +202,7 @@ int main(int argc, char **argv) {
     try {
         if (argc == 3 && command == "write") {
             for (const auto &[name, draw] : pictures) {
-                simulator::write_png(std::filesystem::path(argv[2]) / name, draw());
+                simulator::write_png(std::filesystem::path(argv[2]) / "pictures" / name, draw());
             }
             return 0;
         }
@@ -167,7 +213,7 @@ int main(int argc, char **argv) {
             fputs(simulator::terminal_text(status_screen()).c_str(), stdout);
             return 0;
         }
-        fprintf(stderr, "usage: oled_pictures (write DIRECTORY | check DIRECTORY | show)\n");
+        fprintf(stderr, "usage: oled_pictures (write DOCS | check DOCS | show)\n");
         return 2;
     } catch (const std::exception &error) {
         fprintf(stderr, "oled_pictures: %s\n", error.what());
