@@ -2,6 +2,7 @@
 
 #include "display/bmp_file.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstring>
@@ -54,15 +55,17 @@ void convert_pixels(const uint8_t *in, uint8_t *out, int64_t count) {
     }
 }
 
-// What `bmp_to_buff`, `rgb888_to_rgb565` and `bmp_bottom_to_top` make of stored rows, in one pass.
-owned_memory<uint8_t> rgb565_top_to_bottom(const uint8_t *stored, int width, int height) {
+// Makes of stored rows, in their place, what `bmp_to_buff`, `rgb888_to_rgb565` and
+// `bmp_bottom_to_top` make of them one after the other. No pixel is written before it was read.
+void narrow_and_turn(uint8_t *rows, int width, int height) {
     const int64_t stored_size = bmp_stored_row_size(width, rgb888_size);
     const int64_t size = bmp_row_size(width, rgb565_size);
-    owned_memory<uint8_t> pixels = allocate_rows(size, height);
-    for (int64_t row = 0; pixels != nullptr && row < height; ++row) {
-        convert_pixels(stored + (height - 1 - row) * stored_size, pixels.get() + row * size, width);
+    for (int64_t row = 0; row < height; ++row) {
+        convert_pixels(rows + row * stored_size, rows + row * size, width);
     }
-    return pixels;
+    for (int64_t top = 0, bottom = height - 1; top < bottom; ++top, --bottom) {
+        std::swap_ranges(rows + top * size, rows + (top + 1) * size, rows + bottom * size);
+    }
 }
 
 // `offset_of` tells where in `in` each row of the result comes from.
@@ -133,16 +136,16 @@ owned_memory<uint8_t> read_bmp_rgb565(const char *path, int *width, int *height)
         return refuse("input point is null");
     }
     int bytes_per_pixel = 0;
-    const owned_memory<uint8_t> stored = read_bmp(path, width, height, &bytes_per_pixel);
-    if (stored == nullptr) {
+    owned_memory<uint8_t> rows = read_bmp(path, width, height, &bytes_per_pixel);
+    if (rows == nullptr) {
         return refuse("read bmp err");
     }
     if (bytes_per_pixel != rgb888_size) {
         printf("bit count is %d\n", bytes_per_pixel);
         return {};
     }
-    owned_memory<uint8_t> pixels = rgb565_top_to_bottom(stored.get(), *width, *height);
-    return pixels != nullptr ? std::move(pixels) : refuse("rgb888 to rgb565 err");
+    narrow_and_turn(rows.get(), *width, *height);
+    return rows;
 }
 
 } // namespace renewer

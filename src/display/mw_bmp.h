@@ -35,10 +35,10 @@ owned_memory<uint8_t> bmp_bottom_to_top(const uint8_t *in, int width, int height
 
 // Loads a picture of 24 bits a pixel: `width` x `height` pixels of two bytes, high byte first, top
 // row first, without padding. It is what the operations above make of the file one after the other,
-// done in one pass over the stored rows: two copies of the picture are held at once.
+// made in the place of the stored rows: only reading needs memory.
 //
-// Prints "input point is null"; what `read_bmp` says and then "read bmp err"; "bit count is <n>"
-// with the bytes of a pixel when they are not three; or "malloc err" and "rgb888 to rgb565 err".
+// Prints "input point is null"; what `read_bmp` says and then "read bmp err"; or "bit count is <n>"
+// with the bytes of a pixel when they are not three.
 owned_memory<uint8_t> read_bmp_rgb565(const char *path, int *width, int *height);
 
 } // namespace renewer

@@ -80,7 +80,7 @@ void end_running_indication() {
     }
 }
 
-int show_refusal() {
+int flash_result() {
     end_running_indication();
     show_leds(five_off);
     for (int flash = 0; flash < 3; ++flash) {
@@ -180,12 +180,12 @@ int prompt_success_screen_corvus() {
 
 int prompt_failure_screen_corvus() {
     debug(5, "prompt_failure_led_corvus\n");
-    return show_refusal();
+    return flash_result();
 }
 
 int prompt_notallow_screen_corvus() {
     debug(5, "prompt_notallow_led_corvus\n");
-    return show_refusal();
+    return flash_result();
 }
 
 void *led_thread_fun_corvus_bd(void *) {

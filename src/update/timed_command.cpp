@@ -25,6 +25,8 @@ char s_exec_name[64];
 volatile sig_atomic_t s_attempt = 0; // process group of the attempt
 volatile sig_atomic_t s_timed_out = 0;
 
+bool s_adopts_orphans = false;
+
 // The child of a process with threads: it takes no lock that one of them may have held, and leaves
 // through _exit, so that nothing of the parent's buffered output is written twice.
 [[noreturn]] void be_attempt(const char *command) {
@@ -77,15 +79,21 @@ int await_attempt(pid_t attempt, unsigned timeout) {
     return status;
 }
 
-// Collects what has ended of the attempt and tells whether some of it still runs. Orphans of the
-// attempt are this process's children (see `fork_exec_timeout`), so their group's number stays
-// theirs until they are collected here.
+// Asks that what an attempt leaves behind comes to this process instead of to init, so that it is
+// known when nothing of the attempt is left, and the group's number stays the attempt's until then
+// (prctl(2), PR_SET_CHILD_SUBREAPER, Linux 3.4).
+void adopt_orphans() {
+    s_adopts_orphans = prctl(PR_SET_CHILD_SUBREAPER, 1) == 0;
+}
+
+// Collects what has ended of the attempt and tells whether some of it still runs.
 bool still_runs(pid_t attempt) {
     pid_t ended;
     do {
         ended = waitpid(-attempt, nullptr, WNOHANG);
     } while (ended > 0);
-    return ended == 0;
+    // Where the kernel gives orphans to init all the same, the group is asked for by its number.
+    return ended == 0 || (!s_adopts_orphans && kill(-attempt, 0) == 0);
 }
 
 bool ends_within_grace(pid_t attempt) {
@@ -133,9 +141,7 @@ void handleTimeout(int) {
 }
 
 int fork_exec_timeout(const char *command, const char *name, unsigned timeout, int tries) {
-    // What an attempt leaves behind comes to this process instead of to init (prctl(2)), which
-    // makes it known when nothing of the attempt is left.
-    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    adopt_orphans();
     int status = 0;
     for (int attempts_left = std::max(tries, 1); attempts_left > 0; --attempts_left) {
         snprintf(s_exec_name, sizeof(s_exec_name), "%s", name);

@@ -160,24 +160,27 @@ TEST(mw_bmp, says_what_cannot_be_opened_or_is_not_given) {
                             "input point is null\ninput point is null\ninput point is null\n");
 }
 
-TEST(mw_bmp, ends_in_order_when_memory_runs_out) {
-    const struct {
-        bmp file;
-        int allocations;
-        const char *output;
-    } cases[] = {
-        {{}, 0, "malloc err\nread bmp err\n"},
-        {{}, 1, "malloc err\nrgb888 to rgb565 err\n"},
-        {{.width = 3}, 0, "malloc err\nread bmp err\n"},
-        {{.width = 3}, 1, "malloc err\nrgb888 to rgb565 err\n"},
-        {{.width = 1, .bits = 48}, 1, "bit count is 6\n"},
-    };
-    for (const auto &[file, allocations, output] : cases) {
-        put_file(path, file.bytes());
-        const load_result loaded = load_with(allocations);
-        EXPECT_EQ(loaded.pixels, nullptr) << file.width << " " << allocations;
-        EXPECT_EQ(loaded.output, output) << file.width << " " << allocations;
+TEST(mw_bmp, needs_memory_for_the_stored_rows_alone) {
+    for (const int width : {3, 4}) {
+        put_file(path, bmp{.width = width}.bytes());
+        const load_result refused = load_with(0);
+        EXPECT_EQ(refused.pixels, nullptr);
+        EXPECT_EQ(refused.output, no_memory);
+        EXPECT_NE(load_with(1).pixels, nullptr);
+        EXPECT_EQ(largest_allocation, 24u);
     }
+}
+
+TEST(mw_bmp, steps_say_that_memory_ran_out) {
+    const uint8_t pixel[4] = {};
+    testing::internal::CaptureStdout();
+    allocations_left = 0;
+    const bool refused = bmp_to_buff(pixel, 1, 1, 3) == nullptr &&
+                         rgb888_to_rgb565(pixel, 1, 1) == nullptr &&
+                         bmp_bottom_to_top(pixel, 1, 1, 2) == nullptr;
+    allocations_left = INT_MAX;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "malloc err\nmalloc err\nmalloc err\n");
+    EXPECT_TRUE(refused);
 }
 
 TEST(mw_bmp, gives_the_stored_rows_and_their_sizes) {

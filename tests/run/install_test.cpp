@@ -80,7 +80,7 @@ void expect_stopped_twice(const outcome &end, int forced) {
     }
 }
 
-TEST(install, script_that_runs_over_is_stopped_twice) {
+TEST(install_time_limit, script_that_runs_over_is_stopped_twice) {
     struct {
         const char *name;
         const char *script;
@@ -96,7 +96,7 @@ TEST(install, script_that_runs_over_is_stopped_twice) {
     }
 }
 
-TEST(install, script_that_does_not_stop_is_ended_with_all_its_processes) {
+TEST(install_time_limit, script_that_does_not_stop_is_ended_with_all_its_processes) {
     struct {
         const char *name;
         const char *script;
@@ -111,7 +111,7 @@ TEST(install, script_that_does_not_stop_is_ended_with_all_its_processes) {
     }
 }
 
-TEST(install, what_a_stopped_script_leaves_running_does_not_meet_the_second_attempt) {
+TEST(install_time_limit, what_a_stopped_script_leaves_running_does_not_meet_the_second_attempt) {
     // Each attempt leaves a writer behind that outlives the first signal.
     const outcome end = usual_unit()
                             .install_script("#!/bin/sh\n"

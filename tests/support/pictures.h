@@ -29,7 +29,7 @@ inline std::string ppm_of(int width, int height, const std::string &pixels) {
 // What a program of netpbm makes of `input`.
 inline std::string netpbm(const std::string &command, const std::string &input) {
     put_file("/tmp/netpbm.in", input);
-    const std::string line = command + " < /tmp/netpbm.in > /tmp/netpbm.out";
+    const std::string line = "{ " + command + "; } < /tmp/netpbm.in > /tmp/netpbm.out";
     const int child = fork();
     if (child == 0) {
         execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);

@@ -46,6 +46,14 @@ struct reader {
         return {static_cast<uint8_t>(value >> 16), static_cast<uint8_t>(value >> 8),
                 static_cast<uint8_t>(value)};
     }
+    anchor anchored() {
+        const std::string name = word();
+        const auto known = anchors.find(name);
+        if (known == anchors.end()) {
+            throw std::runtime_error("\"" + name + "\" is no place of a text");
+        }
+        return known->second;
+    }
     std::string rest() {
         std::string taken;
         std::getline(words >> std::ws, taken);
@@ -86,7 +94,7 @@ void start_picture(drawing &to, reader &line) {
 }
 
 void add_text(drawing &to, reader &line) {
-    const anchor anchored = anchors.at(line.word());
+    const anchor anchored = line.anchored();
     const point place = line.place();
     const double size = line.number();
     const colour paint = line.paint();
