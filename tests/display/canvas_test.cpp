@@ -168,25 +168,24 @@ const forwarding operations[] = {
 };
 
 TEST_F(mw_disp, needs_a_module_and_its_operation) {
-    for (const auto &[operation, result, failure, message, _] : operations) {
-        EXPECT_EQ(said([&] { EXPECT_EQ(result(*this), failure) << operation; }), message)
-            << operation;
-    }
+    const auto expect = [this](const std::string forwarding::*message, const char *when) {
+        for (const forwarding &one : operations) {
+            std::string result;
+            EXPECT_EQ(said([&] { result = one.result(*this); }), one.*message)
+                << one.operation << when;
+            EXPECT_EQ(result, one.failure) << one.operation << when;
+        }
+    };
+    expect(&forwarding::without_module, " before the registration");
     mw_disp_init_module("ssd1327zb", device);
     const canvas_handler complete = *g_canvas_handler;
     canvas_handler without_operations{};
     without_operations.canvas = complete.canvas;
     *g_canvas_handler = without_operations;
-    for (const auto &[operation, result, failure, _, message] : operations) {
-        EXPECT_EQ(said([&] { EXPECT_EQ(result(*this), failure) << operation; }), message)
-            << operation;
-    }
+    expect(&forwarding::without_operation, " without operations");
     *g_canvas_handler = complete;
     mw_disp_uninit_module("ssd1327zb");
-    for (const auto &[operation, result, failure, message, _] : operations) {
-        EXPECT_EQ(said([&] { EXPECT_EQ(result(*this), failure) << operation; }), message)
-            << operation << " after the release";
-    }
+    expect(&forwarding::without_module, " after the release");
 }
 
 TEST_F(mw_disp, looks_at_the_arguments_first) {

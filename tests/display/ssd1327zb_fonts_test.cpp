@@ -66,8 +66,10 @@ TEST(ssd1327zb_fonts, draw_as_the_installed_font_does) {
     }
     for (const std::string &code : chinese_codes()) {
         if (is_accepted(code)) {
-            const unsigned long point =
-                (code[0] & 0x0Ful) << 12 | (code[1] & 0x3Ful) << 6 | (code[2] & 0x3Ful);
+            const auto bits = [&code](size_t i, int mask) {
+                return static_cast<unsigned long>(code[i] & mask);
+            };
+            const unsigned long point = bits(0, 0x0F) << 12 | bits(1, 0x3F) << 6 | bits(2, 0x3F);
             EXPECT_EQ(rendered(code, 16), font.at(point)) << code;
         }
     }
