@@ -104,7 +104,7 @@ TEST(ssd1327zb_draw_bmp, turns_colours_into_levels) {
     }
 }
 
-TEST(ssd1327zb_draw_bmp, refuses_what_is_no_picture) {
+TEST(ssd1327zb_draw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) {
     const struct {
         const char *what;
         std::string file;
@@ -126,11 +126,14 @@ TEST(ssd1327zb_draw_bmp, refuses_what_is_no_picture) {
          bmp{.width = 65536, .height = 1, .pixel_bytes = 196608}.bytes()},
         {"more than 16 bits of height",
          bmp{.width = 1, .height = 65536, .pixel_bytes = 262144}.bytes()},
+        {"a GiB of pixels that are not there", bmp{.width = 20000, .height = 20000}.bytes()},
         {"size beyond 32 bits", bmp{.width = 65535, .height = 65535, .bits = 65528}.bytes()},
     };
     for (const auto &[what, file] : cases) {
         std::string printed;
+        largest_allocation = 0;
         EXPECT_EQ(load(file, printed), nullptr) << what;
+        EXPECT_LE(largest_allocation, file.size() + 4096) << what;
         EXPECT_EQ(printed, path_line) << what;
     }
     std::string printed;
