@@ -4,7 +4,8 @@
 namespace simulator {
 
 // The desk's datagram socket, by its path in the unit. A record is "<kind> <text>", with the kinds
-// of event_kind and "memory <KiB>".
+// of event_kind, or one of "memory <KiB>" (the program's peak), "level 0" and "level 1" (a panel's
+// data/command line) and "transfer <bytes>" (one SPI transfer, the bytes as they are).
 constexpr const char record_path[] = "/.simulator/record";
 
 // How many times faster than the desk's the unit's clock runs.
@@ -12,5 +13,8 @@ constexpr const char speed_variable[] = "SIMULATOR_SPEED";
 
 // Set for the program that is under observation, not for what it starts.
 constexpr const char program_variable[] = "SIMULATOR_PROGRAM";
+
+// How many SPI transfers work before all others fail; not set: all work.
+constexpr const char spi_transfers_variable[] = "SIMULATOR_SPI_TRANSFERS";
 
 } // namespace simulator

@@ -24,13 +24,14 @@ struct running_unit {
     int signal_request; // the write end of the pipe to the unit's first process: one byte a signal
 };
 
-struct unit::description {
+struct unit_plan {
     std::filesystem::path program;
     std::vector<std::function<void(const std::filesystem::path &)>> tree_changes;
     std::vector<happening> happenings;
     std::vector<std::pair<int, uint64_t>> limits;
     std::map<std::string, std::string> environment;
     std::function<void(const event &)> watcher;
+    std::function<void(const picture &)> screen_watcher;
     const std::atomic<bool> *stop_request = nullptr;
     bool application_reads_output = false;
     double clock_speed = 40;

@@ -35,7 +35,8 @@ void put_root_together(const std::string &root) {
     show_devices(root);
     change_root(root);
     if (mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) != 0) {
-        refuse("processes of the unit");
+        refuse(
+            "a /proc of its own is not allowed here (in a container, nothing may lie over /proc)");
     }
 }
 

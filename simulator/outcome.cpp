@@ -43,9 +43,9 @@ std::string_view kind_of(const fs::file_status &status) {
 } // namespace
 
 std::string_view name_of(event_kind kind) {
-    constexpr std::array<std::string_view, 12> names = {"out",   "err",    "led",   "shell",
-                                                        "alarm", "signal", "sleep", "wait",
-                                                        "spi",   "call",   "act",   "exit"};
+    constexpr std::array<std::string_view, 13> names = {
+        "out",  "err", "led",    "shell", "alarm", "signal", "sleep",
+        "wait", "spi", "screen", "call",  "act",   "exit"};
     return names.at(static_cast<size_t>(kind));
 }
 

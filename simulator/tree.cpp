@@ -94,6 +94,7 @@ void make_usual_tree(const fs::path &root) {
     put("/firmware/update/install.sh", usual_install_script, 0755);
     put("/firmware/update/renewer.bin", "the updater of this update\n", 0755);
     put("/data/sbin/renewer", "the installed updater\n", 0755);
+    put("/dev/spidev1.0", "");
     mkfifo(below(root, key_device_path).c_str(), 0600);
 }
 
@@ -161,6 +162,14 @@ unit &unit::type_c_volts(double volts) {
 
 unit &unit::usb_mode(std::string_view text) {
     return file(usb_mode_path, std::string(text) + "\n");
+}
+
+unit &unit::with_prompt_pictures() {
+    plan->tree_changes.push_back([](const fs::path &root) {
+        fs::copy(SIMULATOR_PICTURES, below(root, "/reserve/update"),
+                 fs::copy_options::overwrite_existing | fs::copy_options::recursive);
+    });
+    return *this;
 }
 
 unit &unit::dead_key_device() {

@@ -2,6 +2,7 @@
 
 #include "simulator/unit.h"
 
+#include "simulator/boundary.h"
 #include "simulator/description.h"
 
 #include <array>
@@ -54,7 +55,7 @@ moment later(const moment &when, unit_time delay) {
 
 } // namespace
 
-unit::unit() : plan(std::make_shared<description>()) {}
+unit::unit() : plan(std::make_shared<unit_plan>()) {}
 
 unit &unit::press(key which, const moment &when) {
     const std::string name(name_of(which));
@@ -138,6 +139,15 @@ unit &unit::environment(std::string_view name, std::string_view value) {
 unit &unit::watch(std::function<void(const event &)> watcher) {
     plan->watcher = std::move(watcher);
     return *this;
+}
+
+unit &unit::watch_screen(std::function<void(const picture &)> watcher) {
+    plan->screen_watcher = std::move(watcher);
+    return *this;
+}
+
+unit &unit::spi_transfers_that_work(int count) {
+    return environment(spi_transfers_variable, std::to_string(count));
 }
 
 unit &unit::stop_when(const std::atomic<bool> &requested) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "simulator/sa1230_panel.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -41,7 +43,8 @@ enum class event_kind {
     signal, // "15 to install.sh": a signal was sent
     sleep,  // "10 s", "0.1 s": a sleep was asked for
     wait,   // "0.3 s": a wait for a descriptor was asked for
-    spi,    // a request to the SPI link, as the panel model tells it
+    spi,    // "command 2A", "data 00 7D", "pixels 4096": a transfer that the panel took
+    screen, // "picture 0": the panel shows another picture, see `outcome::pictures`
     call,   // a stand-in of the unit ran: "rc.stop", "reboot", "S080_application ended"
     act,    // what the description made happen: "press ok", "remove /tmp/update_over"
     exit,   // "status 0", "signal 9": the program ended
@@ -83,6 +86,9 @@ struct outcome {
     int ended_by = 0;       // the signal's number, 0 for none
     bool timed_out = false; // ended by the desk (see `unit::patience` and `unit::stop_when`)
     long peak_memory_kib = 0;
+    // What the screen showed, one after the other; a picture stands until the next one does.
+    std::vector<picture> pictures;
+    sa1230_panel panel; // as it was left
     std::shared_ptr<const std::filesystem::path> tree;
 
     // The lines of the events of these kinds (all kinds when none is named), one a line.
@@ -132,6 +138,11 @@ public:
     unit &type_c_volts(double volts);
     unit &usb_mode(std::string_view text); // "host", "device"
 
+    // The LCD: after this many SPI transfers all others fail.
+    unit &spi_transfers_that_work(int count);
+    // The prompt pictures of the desk in "/reserve/update" (confirm, updating frames, results).
+    unit &with_prompt_pictures();
+
     // The key device: a descriptor that is always readable and gives 0 bytes (a dead device), or
     // reads that fail (`key_device_failing`), or none (`without("/dev/input/event1")`).
     unit &dead_key_device();
@@ -160,6 +171,8 @@ public:
     unit &environment(std::string_view name, std::string_view value);
     // Called with each event as it happens.
     unit &watch(std::function<void(const event &)> watcher);
+    // Called with each picture that the screen shows.
+    unit &watch_screen(std::function<void(const picture &)> watcher);
     // The run is ended when this becomes true, as by a signal handler of the desk's.
     unit &stop_when(const std::atomic<bool> &requested);
 
@@ -172,8 +185,7 @@ public:
     outcome run(const std::vector<std::string> &arguments);
 
 private:
-    struct description;
-    std::shared_ptr<description> plan;
+    std::shared_ptr<struct unit_plan> plan;
 };
 
 } // namespace simulator

@@ -1,0 +1,155 @@
+// LED files with the manners of sysfs, and SPI device nodes.
+
+#include "simulator/boundary/process.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <linux/spi/spidev.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+using namespace boundary;
+
+namespace {
+
+// The path that a descriptor was opened by (proc(5), /proc/pid/fd).
+void descriptor_path(int descriptor, char (&path)[256]) {
+    char link[64];
+    snprintf(link, sizeof(link), "/proc/self/fd/%d", descriptor);
+    const ssize_t length = readlink(link, path, sizeof(path) - 1);
+    path[length > 0 ? length : 0] = '\0';
+}
+
+// The LED whose brightness file this is, in place at the start of `path`; null for other files.
+const char *led_of(char (&path)[256]) {
+    constexpr char directory[] = "/sys/class/leds/";
+    if (strncmp(path, directory, strlen(directory)) != 0) {
+        return nullptr;
+    }
+    char *name = path + strlen(directory);
+    char *file = strchr(name, '/');
+    if (file == nullptr || strcmp(file, "/brightness") != 0) {
+        return nullptr;
+    }
+    *file = '\0';
+    return name;
+}
+
+// An SPI device node: a plain file in the unit's tree; the panel behind it stands on the desk.
+
+struct spi_settings {
+    uint8_t mode = 0;
+    uint8_t bits_per_word = 8;
+    uint32_t speed_hz = 1'000'000;
+};
+
+spi_settings spi;
+unsigned long spi_transfers = 0;
+
+// The unit's SPI driver takes these two spidev requests as the setting of the panel's data/command
+// line, with a plain integer.
+constexpr unsigned long set_command_level = SPI_IOC_RD_MODE32;
+constexpr unsigned long set_data_level = SPI_IOC_WR_MODE32;
+
+bool is_spi_node(int descriptor) {
+    char path[256];
+    descriptor_path(descriptor, path);
+    return strncmp(path, "/dev/spidev", strlen("/dev/spidev")) == 0;
+}
+
+int spi_transfer(const spi_ioc_transfer &transfer) {
+    if (spi_transfers++ >= spi_transfers_that_work) {
+        errno = EIO;
+        return -1;
+    }
+    constexpr char name[] = "transfer ";
+    const size_t name_size = strlen(name);
+    char *record = static_cast<char *>(malloc(name_size + transfer.len));
+    if (record == nullptr) {
+        errno = ENOMEM;
+        return -1;
+    }
+    memcpy(record, name, name_size);
+    memcpy(record + name_size,
+           reinterpret_cast<const void *>(static_cast<uintptr_t>(transfer.tx_buf)), transfer.len);
+    send_record(record, name_size + transfer.len);
+    free(record);
+    return static_cast<int>(transfer.len);
+}
+
+int spi_request(unsigned long request, unsigned long argument) {
+    switch (request) {
+    case set_command_level:
+    case set_data_level:
+        tell("level %lu", argument);
+        return 0;
+    case SPI_IOC_WR_MODE:
+        spi.mode = *reinterpret_cast<const uint8_t *>(argument);
+        return 0;
+    case SPI_IOC_RD_MODE:
+        *reinterpret_cast<uint8_t *>(argument) = spi.mode;
+        return 0;
+    case SPI_IOC_WR_BITS_PER_WORD:
+        spi.bits_per_word = *reinterpret_cast<const uint8_t *>(argument);
+        return 0;
+    case SPI_IOC_RD_BITS_PER_WORD:
+        *reinterpret_cast<uint8_t *>(argument) = spi.bits_per_word;
+        return 0;
+    case SPI_IOC_WR_MAX_SPEED_HZ:
+        spi.speed_hz = *reinterpret_cast<const uint32_t *>(argument);
+        return 0;
+    case SPI_IOC_RD_MAX_SPEED_HZ:
+        *reinterpret_cast<uint32_t *>(argument) = spi.speed_hz;
+        return 0;
+    case SPI_IOC_MESSAGE(1):
+        return spi_transfer(*reinterpret_cast<const spi_ioc_transfer *>(argument));
+    default:
+        errno = ENOTTY;
+        return -1;
+    }
+}
+
+} // namespace
+
+extern "C" {
+
+int ioctl(int descriptor, unsigned long request, ...) {
+    va_list arguments;
+    va_start(arguments, request);
+    const unsigned long argument = va_arg(arguments, unsigned long);
+    va_end(arguments);
+    // A negative request number has its sign bit carried to 64 bits by some callers.
+    const unsigned long number = request & 0xFFFFFFFFul;
+    if (is_spi_node(descriptor)) {
+        return spi_request(number, argument);
+    }
+    return next<decltype(ioctl)>("ioctl")(descriptor, request, argument);
+}
+
+ssize_t write(int descriptor, const void *bytes, size_t count) {
+    const auto real = next<decltype(write)>("write");
+    char path[256];
+    descriptor_path(descriptor, path);
+    const char *led = led_of(path);
+    if (led == nullptr) {
+        return real(descriptor, bytes, count);
+    }
+    // A sysfs attribute takes each write as a whole new value, with or without a line end.
+    const char *text = static_cast<const char *>(bytes);
+    const void *line_end = memchr(text, '\n', count);
+    const size_t shown = line_end == nullptr
+                             ? count
+                             : static_cast<size_t>(static_cast<const char *>(line_end) - text);
+    tell("led %s %.*s", led, static_cast<int>(shown), text);
+    if (ftruncate(descriptor, 0) != 0) {
+        return -1;
+    }
+    lseek(descriptor, 0, SEEK_SET);
+    return real(descriptor, bytes, count);
+}
+
+} // extern "C"

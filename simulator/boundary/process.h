@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <dlfcn.h>
+
+// The unit at the system-call boundary: loaded into every process of a simulated unit ahead of the
+// C library (ld.so(8), LD_PRELOAD). It runs the unit's clock faster, gives LED files the manners
+// of sysfs, answers what the kernel here lacks, and tells the desk what was asked for.
+//
+// It is loaded into shells and small commands too, so it needs nothing but the C library.
+namespace boundary {
+
+// How many times faster than the desk's the unit's clock runs.
+extern double speed;
+
+// Whether this process is the program under observation; only its own waits are told.
+extern bool is_program;
+
+// How many SPI transfers work before all others fail.
+extern unsigned long spi_transfers_that_work;
+
+// Sends one record to the desk (see simulator/boundary.h); a desk that is gone is not the program's
+// trouble.
+void send_record(const char *record, size_t size);
+
+// Sends a record, cut to a few KiB.
+[[gnu::format(printf, 1, 2)]] void tell(const char *format, ...);
+
+// The next definition of a function: the C library's, or a sanitizer's in front of it.
+template <typename function>
+function *next(const char *name) {
+    return reinterpret_cast<function *>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace boundary
