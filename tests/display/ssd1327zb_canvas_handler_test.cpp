@@ -15,11 +15,6 @@ namespace {
 
 constexpr const char device[] = "/dev/spidev2.0";
 
-size_t open_descriptors() {
-    const std::filesystem::directory_iterator listing("/proc/self/fd");
-    return static_cast<size_t>(std::distance(begin(listing), end(listing)));
-}
-
 struct ssd1327zb_canvas_handler : testing::Test {
     void SetUp() override {
         spi().leads_to_oled = true;

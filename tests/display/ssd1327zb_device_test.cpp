@@ -31,11 +31,6 @@ std::string frame_transcript() {
     return text;
 }
 
-size_t open_descriptors() {
-    const std::filesystem::directory_iterator listing("/proc/self/fd");
-    return static_cast<size_t>(std::distance(begin(listing), end(listing)));
-}
-
 std::string repeated(int times, const std::string &line) {
     std::string text;
     for (int i = 0; i < times; ++i) {
