@@ -17,11 +17,14 @@ function(renewer_build_tool target)
 
   find_program(RENEWER_BUILD_CXX NAMES c++ g++ clang++ REQUIRED
                DOC "C++ compiler of the build machine")
-  # What the build machine has, whatever the toolchain file says about the target.
-  execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=PKG_CONFIG_LIBDIR
-                          ${PKG_CONFIG_EXECUTABLE} --cflags --libs ${ARG_PACKAGES}
-                  OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE
-                  COMMAND_ERROR_IS_FATAL ANY)
+  set(flags "")
+  if(ARG_PACKAGES)
+    # What the build machine has, whatever the toolchain file says about the target.
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=PKG_CONFIG_LIBDIR
+                            ${PKG_CONFIG_EXECUTABLE} --cflags --libs ${ARG_PACKAGES}
+                    OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE
+                    COMMAND_ERROR_IS_FATAL ANY)
+  endif()
   separate_arguments(flags UNIX_COMMAND "${flags}")
   list(TRANSFORM ARG_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
   file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)

@@ -16,4 +16,20 @@ void write_png(const std::filesystem::path &path, const picture &content) {
     }
 }
 
+picture read_png(const std::filesystem::path &path) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    picture content;
+    if (png_image_begin_read_from_file(&image, path.c_str())) {
+        image.format = PNG_FORMAT_RGB;
+        content = {static_cast<int>(image.width), static_cast<int>(image.height), {}};
+        content.rgb.resize(PNG_IMAGE_SIZE(image));
+        png_image_finish_read(&image, nullptr, content.rgb.data(), 0, nullptr);
+    }
+    if (PNG_IMAGE_FAILED(image)) {
+        throw std::runtime_error(path.string() + ": " + image.message);
+    }
+    return content;
+}
+
 } // namespace simulator

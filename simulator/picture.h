@@ -18,4 +18,7 @@ struct picture {
 // Writes a PNG file. Throws std::runtime_error when that fails.
 void write_png(const std::filesystem::path &path, const picture &content);
 
+// Reads a PNG file. Throws std::runtime_error when that fails.
+picture read_png(const std::filesystem::path &path);
+
 } // namespace simulator

@@ -50,18 +50,6 @@ int32_t send_data(int32_t fd, const uint8_t *bytes, uint32_t length) {
     return result;
 }
 
-bool can_send_data(int32_t fd, const uint8_t *bytes) {
-    if (fd < 0) {
-        puts("spi_write_data: file descriptor error!");
-        return false;
-    }
-    if (bytes == nullptr) {
-        puts("spi_write_data: NULL pointer to command!");
-        return false;
-    }
-    return true;
-}
-
 struct line_switch {
     const char *command;
     useconds_t wait_us;
@@ -147,12 +135,7 @@ constexpr std::array<built_in_picture, 4> built_in_pictures = {{
 } // namespace
 
 int32_t spi_write_cmds(int32_t fd, const uint8_t *bytes, uint32_t length) {
-    if (fd < 0) {
-        puts("spi_write_cmd: file descriptor error!");
-        return -1;
-    }
-    if (bytes == nullptr) {
-        puts("spi_write_cdd: NULL pointer to command!");
+    if (!spidev_can_send(fd, bytes, spidev_level::command)) {
         return -1;
     }
     spidev_select(fd, spidev_level::command);
@@ -164,7 +147,7 @@ int32_t spi_write_cmds(int32_t fd, const uint8_t *bytes, uint32_t length) {
 }
 
 int32_t spi_write_data(int32_t fd, const uint8_t *bytes, uint32_t length) {
-    if (!can_send_data(fd, bytes)) {
+    if (!spidev_can_send(fd, bytes, spidev_level::data)) {
         return -1;
     }
     spidev_select(fd, spidev_level::data);
@@ -172,7 +155,7 @@ int32_t spi_write_data(int32_t fd, const uint8_t *bytes, uint32_t length) {
 }
 
 int32_t spi_write_big_data(int32_t fd, const uint8_t *bytes, int32_t length) {
-    if (!can_send_data(fd, bytes)) {
+    if (!spidev_can_send(fd, bytes, spidev_level::data)) {
         return -1;
     }
     spidev_select(fd, spidev_level::data);

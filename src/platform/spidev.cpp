@@ -1,5 +1,6 @@
 #include "platform/spidev.h"
 
+#include <cstdio>
 #include <linux/spi/spidev.h>
 #include <sys/ioctl.h>
 
@@ -25,6 +26,21 @@ void spidev_configure(int fd, uint8_t &mode, uint8_t &bits_per_word, uint32_t &s
     ioctl(fd, SPI_IOC_RD_BITS_PER_WORD, &bits_per_word);
     ioctl(fd, SPI_IOC_WR_MAX_SPEED_HZ, &speed_hz);
     ioctl(fd, SPI_IOC_RD_MAX_SPEED_HZ, &speed_hz);
+}
+
+bool spidev_can_send(int fd, const uint8_t *bytes, spidev_level level) {
+    const bool command = level == spidev_level::command;
+    if (fd < 0) {
+        puts(command ? "spi_write_cmd: file descriptor error!"
+                     : "spi_write_data: file descriptor error!");
+        return false;
+    }
+    if (bytes == nullptr) {
+        puts(command ? "spi_write_cdd: NULL pointer to command!"
+                     : "spi_write_data: NULL pointer to command!");
+        return false;
+    }
+    return true;
 }
 
 void spidev_select(int fd, spidev_level level) {

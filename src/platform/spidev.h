@@ -2,8 +2,7 @@
 
 #include <cstdint>
 
-// A link to a display through an SPI device node of Linux (linux/spi/spidev.h). Nothing here
-// prints: each display says in its own words what went wrong.
+// A link to a display through an SPI device node of Linux (linux/spi/spidev.h).
 namespace renewer {
 
 // Whether a panel takes the bytes that follow as commands or as data.
@@ -14,6 +13,12 @@ enum class spidev_level { command, data };
 // refuses, or cannot tell, is left as it was.
 void spidev_configure(int fd, uint8_t &mode, uint8_t &bits_per_word, uint32_t &speed_hz);
 
+// Tells whether there is something to send and something to send it through; says what is missing
+// on standard output in the words that the displays share: "spi_write_cmd: file descriptor error!"
+// or "spi_write_cdd: NULL pointer to command!" for commands, "spi_write_data: file descriptor
+// error!" or "spi_write_data: NULL pointer to command!" for data.
+bool spidev_can_send(int fd, const uint8_t *bytes, spidev_level level);
+
 // Switches the panel's data/command line. The SPI driver of the unit takes two spidev requests
 // with a plain integer argument for it; a standard spidev driver refuses them, which goes unseen.
 void spidev_select(int fd, spidev_level level);
@@ -22,7 +27,7 @@ void spidev_select(int fd, spidev_level level);
 // panel answers meanwhile is not taken.
 //
 // Returns the number of bytes sent; a negative value when the transfer failed, with the reason in
-// errno.
+// errno. Prints nothing: each display has its own words for that.
 int spidev_transfer(int fd, const uint8_t *bytes, uint32_t length, uint32_t speed_hz,
                     uint16_t delay_us, uint8_t bits_per_word);
 

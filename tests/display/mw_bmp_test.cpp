@@ -3,64 +3,15 @@
 #include "tests/support/files.h"
 #include "tests/support/output.h"
 #include "tests/support/pictures.h"
+#include "tests/support/scarce_memory.h"
 
 #include <gtest/gtest.h>
-
-#include <climits>
 
 using namespace renewer;
 
 namespace {
 
-int allocations_left = INT_MAX;
-size_t largest_allocation = 0;
-
-} // namespace
-
-// The linker leads the module's calls of malloc here.
-extern "C" void *__real_malloc(size_t size);
-extern "C" void *__wrap_malloc(size_t size) {
-    largest_allocation = std::max(largest_allocation, size);
-    return allocations_left-- > 0 ? __real_malloc(size) : nullptr;
-}
-
-namespace {
-
 constexpr const char path[] = "/reserve/update/confirm.bmp";
-
-// A file of 24-bit pixels that is right, with room for one change.
-struct bmp {
-    uint32_t offset = 54;
-    int64_t width = 4;
-    int64_t height = 2;
-    int bits = 24;
-    size_t pixel_bytes = 24;
-
-    std::string bytes() const {
-        std::string text(54 + pixel_bytes, '\0');
-        const auto put = [&text](size_t at, int64_t value, size_t size) {
-            for (size_t i = 0; i < size; ++i) {
-                text[at + i] = static_cast<char>(value >> (8 * i) & 0xFF);
-            }
-        };
-        text.replace(0, 2, "BM");
-        put(10, offset, 4);
-        put(14, 40, 4);
-        put(18, width, 4);
-        put(22, height, 4);
-        put(28, bits, 2);
-        for (size_t i = 54; i < text.size(); ++i) {
-            text[i] = static_cast<char>(i);
-        }
-        return text;
-    }
-    std::string first(size_t count) const { return bytes().substr(0, count); }
-};
-
-size_t open_descriptors() {
-    const std::filesystem::directory_iterator listing("/proc/self/fd");
-    return static_cast<size_t>(std::distance(begin(listing), end(listing)));
-}
 
 std::string as_text(const owned_memory<uint8_t> &pixels, size_t size) {
     return pixels == nullptr ? "none" : std::string(pixels.get(), pixels.get() + size);

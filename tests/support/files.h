@@ -16,3 +16,9 @@ inline std::string get_file(const std::filesystem::path &path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
+
+// How many descriptors this process holds.
+inline size_t open_descriptors() {
+    const std::filesystem::directory_iterator listing("/proc/self/fd");
+    return static_cast<size_t>(std::distance(begin(listing), end(listing)));
+}

@@ -18,6 +18,7 @@ public:
             static_cast<output_listener *>(listener)->take({part, size});
             return static_cast<ssize_t>(size);
         };
+        text.reserve(4096); // nothing is allocated while a test lets memory run out
         fflush(stdout);
         stdout = fopencookie(this, "w", functions);
         setvbuf(stdout, nullptr, _IONBF, 0);

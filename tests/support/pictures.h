@@ -57,3 +57,34 @@ inline std::string rgb565_of(const std::string &pixels) {
     }
     return result;
 }
+
+// A BMP file of 24-bit pixels that is right, with room for one change: each byte of its pixels is
+// its place in the file.
+struct bmp {
+    uint32_t offset = 54;
+    int64_t width = 4;
+    int64_t height = 2;
+    int bits = 24;
+    size_t pixel_bytes = 24;
+    const char *signature = "BM";
+
+    std::string bytes() const {
+        std::string text(54 + pixel_bytes, '\0');
+        const auto put = [&text](size_t at, int64_t value, size_t size) {
+            for (size_t i = 0; i < size; ++i) {
+                text[at + i] = static_cast<char>(value >> (8 * i) & 0xFF);
+            }
+        };
+        text.replace(0, 2, signature);
+        put(10, offset, 4);
+        put(14, 40, 4);
+        put(18, width, 4);
+        put(22, height, 4);
+        put(28, bits, 2);
+        for (size_t i = 54; i < text.size(); ++i) {
+            text[i] = static_cast<char>(i);
+        }
+        return text;
+    }
+    std::string first(size_t count) const { return bytes().substr(0, count); }
+};

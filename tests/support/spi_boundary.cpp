@@ -38,7 +38,7 @@ int set_level(int level, int argument) {
         note("wrong level argument " + std::to_string(argument));
     }
     note(level == 0 ? "command level" : "data level");
-    spi().panel.level(argument);
+    spi().leads_to_oled ? spi().oled.level(argument) : spi().panel.level(argument);
     return 0;
 }
 
@@ -47,7 +47,7 @@ int send(const spi_ioc_transfer &transfer) {
     spi_ioc_transfer expected{};
     expected.tx_buf = transfer.tx_buf;
     expected.len = transfer.len;
-    expected.speed_hz = std::min(50000000u, spi().highest_speed);
+    expected.speed_hz = std::min(spi().wanted_speed, spi().highest_speed);
     expected.bits_per_word = 8;
     if (memcmp(&transfer, &expected, sizeof(expected)) != 0) {
         note("wrong settings of the transfer");
@@ -58,7 +58,9 @@ int send(const spi_ioc_transfer &transfer) {
         return -1;
     }
     const auto *bytes = reinterpret_cast<const uint8_t *>(static_cast<uintptr_t>(transfer.tx_buf));
-    const std::string line = spi().panel.transfer({bytes, transfer.len});
+    const std::span sent(bytes, transfer.len);
+    const std::string line =
+        spi().leads_to_oled ? spi().oled.transfer(sent) : spi().panel.transfer(sent);
     note(line);
     if (line.starts_with("pixels")) {
         spi().pixels.append(bytes, bytes + transfer.len);
