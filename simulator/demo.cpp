@@ -129,6 +129,7 @@ int run_demo(const demo_options &chosen) {
     const outcome end = it.run({"1", "/media/sda1/update", "34"});
     panel.finish();
     printf("\nWhat the unit has in /data now:\n%s", end.listing("/data").c_str());
+    printf("\nPeak memory of the updater: %ld KiB\n", end.peak_memory_kib);
     return end.exit_status == 0 || end.exit_status == 1 ? 0 : 1;
 }
 
