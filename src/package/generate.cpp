@@ -211,6 +211,7 @@ int write_package(const package_plan &plan, const char *packpath) {
     if (out == nullptr) {
         return 0;
     }
+    take_whole_requests(out.get());
     debug(1, "iMainVersion(%d) iSubVersion(%d) iReversion(%d) itypeVersion\n", plan.version[0],
           plan.version[1], plan.version[2]);
     debug(5, "gen_content=%s\n", package.version);

@@ -42,8 +42,13 @@ owned_file open_package(const char *path) {
     owned_file package(descriptor ? fdopen(descriptor.get(), "r") : nullptr);
     if (package != nullptr) {
         descriptor.release();
+        take_whole_requests(package.get());
     }
     return package;
+}
+
+void take_whole_requests(FILE *stream) {
+    setvbuf(stream, nullptr, _IONBF, 0);
 }
 
 bool seek_to(FILE *package, uint64_t offset) {

@@ -19,9 +19,12 @@ constexpr uint64_t node_table_offset(uint32_t head_len) {
     return align4(head_len) + 4;
 }
 
-// Bytes that are read or copied at once. A stream takes requests of this size past its own buffer,
-// so that a package moves with few system calls and without a second copy.
+// Bytes that are read or copied at once, past the stream's own buffer, so that a package moves with
+// few system calls and without a second copy.
 constexpr size_t read_ahead_size = 128 * 1024;
+
+// Makes a system call of each request to a stream just opened: its requests are large.
+void take_whole_requests(FILE *stream);
 
 // Opens a package for reading; empty for a null path and when it cannot be opened. Never waits: a
 // pipe without a writer opens and has nothing in it.

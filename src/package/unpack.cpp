@@ -89,6 +89,7 @@ int node_to_file(FILE *in, const pack_node *node, const char *outpath) {
     if (out == nullptr || in == nullptr) {
         return 0;
     }
+    take_whole_requests(out.get());
     return seek_to(in, node->offset) && copy_payload(in, node->size, out.get()) ? 1 : 0;
 }
 
