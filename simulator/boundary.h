@@ -4,8 +4,8 @@
 namespace simulator {
 
 // The desk's datagram socket, by its path in the unit. A record is "<kind> <text>", with the kinds
-// of event_kind, or one of "memory <KiB>" (the program's peak), "level 0" and "level 1" (a panel's
-// data/command line) and "transfer <bytes>" (one SPI transfer, the bytes as they are).
+// of event_kind, or one of "memory <KiB>" (the program's peak), "level <node> <number>" (a panel's
+// data/command line) and "transfer <node> <bytes>" (one SPI transfer, the bytes as they are).
 constexpr const char record_path[] = "/.simulator/record";
 
 // How many times faster than the desk's the unit's clock runs.

@@ -47,73 +47,6 @@ constexpr const char working_script[] = "#!/bin/sh\n"
                                         "sleep 4\n"
                                         "echo done\n";
 
-// What is shown with one model of the unit.
-struct scene {
-    const char *model; // as the user names it
-    const char *pn;    // the part number of the unit, and of the package that is made for it
-    const char *told;
-    void (*describe)(unit &, const demo_options &);
-    std::unique_ptr<panel_view> (*view)(const demo_options &);
-};
-
-void describe_led_unit(unit &it, const demo_options &chosen) {
-    const std::string asked = "led Light_Gps 255";
-    const key power = key::right; // of this panel
-    if (chosen.answer == "ok") {
-        it.press(key::ok, after(asked, 2s));
-    } else if (chosen.answer == "power") {
-        it.press(power, after(asked, 2s));
-    } else if (chosen.answer == "decline") {
-        it.press(power, after(asked, 2s)).press(power, after(asked, 3s));
-    } else if (chosen.answer != "none") {
-        used_wrongly("--answer takes ok, power, decline or none with LEDs");
-    }
-    if (chosen.built_in || !chosen.pictures.empty()) {
-        used_wrongly("--built-in and --pictures go with --model screen");
-    }
-}
-
-std::unique_ptr<panel_view> make_led_view(const demo_options &) {
-    return std::make_unique<led_view>();
-}
-
-void describe_screen_unit(unit &it, const demo_options &chosen) {
-    if (!chosen.built_in) {
-        it.with_prompt_pictures();
-    }
-    const moment asked = after("wait 120 s", 2s);
-    if (chosen.answer == "ok") {
-        it.press(key::ok, asked);
-    } else if (chosen.answer == "other" || chosen.answer == "decline") {
-        it.press(key::esc, asked);
-    } else if (chosen.answer != "none") {
-        used_wrongly("--answer takes ok, other, decline or none with a screen");
-    }
-}
-
-std::unique_ptr<panel_view> make_screen_view(const demo_options &chosen) {
-    const std::string directory = chosen.pictures.empty() ? "build/demo-pictures" : chosen.pictures;
-    printf("The pictures that it shows come into %s.\n", directory.c_str());
-    return std::make_unique<screen_view>(directory, sa1230_panel().seen());
-}
-
-constexpr std::array<scene, 2> scenes = {{
-    {"led", "1013563400120000", "A unit with LEDs", describe_led_unit, make_led_view},
-    {"screen", "1016563400120000", "A unit with a colour LCD", describe_screen_unit,
-     make_screen_view},
-}};
-
-const scene &scene_of(const std::string &model) {
-    std::string models;
-    for (const scene &one : scenes) {
-        if (model == one.model) {
-            return one;
-        }
-        models += std::string(models.empty() ? "" : " or ") + one.model;
-    }
-    used_wrongly("--model takes " + models);
-}
-
 // A directory of the desk that is gone with the demo.
 class desk_directory {
 public:
@@ -131,36 +64,134 @@ public:
     std::filesystem::path path;
 };
 
+using command_arguments = std::vector<std::string>;
+
+// What is shown with one model of the unit.
+struct scene {
+    const char *model; // as the user names it
+    const char *told;
+    command_arguments (*describe)(unit &, const demo_options &, const desk_directory &);
+    std::unique_ptr<panel_view> (*view)(const demo_options &);
+};
+
+// A package for this unit is made, and taken apart as the unit's main application does it.
+command_arguments describe_update(unit &it, const char *pn, const demo_options &chosen,
+                                  const desk_directory &desk) {
+    const std::filesystem::path package = desk.path / "update_demo_b20240523.bin";
+    make_package(package, pn, chosen.script.empty() ? working_script : read_whole(chosen.script));
+    it.part_number(pn).package(package).acknowledge_end(2s);
+    return {"3", "/media/sda1/update_demo_b20240523.bin"};
+}
+
+command_arguments describe_led_unit(unit &it, const demo_options &chosen,
+                                    const desk_directory &desk) {
+    const std::string asked = "led Light_Gps 255";
+    const key power = key::right; // of this panel
+    if (chosen.answer == "ok") {
+        it.press(key::ok, after(asked, 2s));
+    } else if (chosen.answer == "power") {
+        it.press(power, after(asked, 2s));
+    } else if (chosen.answer == "decline") {
+        it.press(power, after(asked, 2s)).press(power, after(asked, 3s));
+    } else if (chosen.answer != "none") {
+        used_wrongly("--answer takes ok, power, decline or none with LEDs");
+    }
+    if (chosen.built_in || !chosen.pictures.empty()) {
+        used_wrongly("--built-in and --pictures do not go with LEDs");
+    }
+    return describe_update(it, "1013563400120000", chosen, desk);
+}
+
+std::unique_ptr<panel_view> make_led_view(const demo_options &) {
+    return std::make_unique<led_view>();
+}
+
+command_arguments describe_screen_unit(unit &it, const demo_options &chosen,
+                                       const desk_directory &desk) {
+    if (!chosen.built_in) {
+        it.with_prompt_pictures();
+    }
+    const moment asked = after("wait 120 s", 2s);
+    if (chosen.answer == "ok") {
+        it.press(key::ok, asked);
+    } else if (chosen.answer == "other" || chosen.answer == "decline") {
+        it.press(key::esc, asked);
+    } else if (chosen.answer != "none") {
+        used_wrongly("--answer takes ok, other, decline or none with a screen");
+    }
+    return describe_update(it, "1016563400120000", chosen, desk);
+}
+
+std::unique_ptr<panel_view> make_picture_view(const demo_options &chosen, const picture &dark) {
+    const std::string directory = chosen.pictures.empty() ? "build/demo-pictures" : chosen.pictures;
+    printf("The pictures that it shows come into %s.\n", directory.c_str());
+    return std::make_unique<screen_view>(directory, dark);
+}
+
+std::unique_ptr<panel_view> make_screen_view(const demo_options &chosen) {
+    return make_picture_view(chosen, sa1230_panel().seen());
+}
+
+// No update: the example of the display middleware draws its status screen.
+command_arguments describe_oled_unit(unit &it, const demo_options &, const desk_directory &) {
+    it.program(OLED_STATUS).file("/reserve/battery.bmp", read_whole(OLED_STATUS_BATTERY));
+    return {"/dev/spidev0.0", "/reserve/battery.bmp", "60"};
+}
+
+std::unique_ptr<panel_view> make_oled_view(const demo_options &chosen) {
+    return make_picture_view(chosen, ssd1327_panel().seen());
+}
+
+constexpr std::array<scene, 3> scenes = {{
+    {"led",
+     "A unit with LEDs; its application has unpacked a package into /firmware/update.\nrenewer",
+     describe_led_unit, make_led_view},
+    {"screen",
+     "A unit with a colour LCD; its application has unpacked a package into "
+     "/firmware/update.\nrenewer",
+     describe_screen_unit, make_screen_view},
+    {"oled",
+     "A unit with a grey OLED; a program draws on it through the display middleware.\n"
+     "renewer-oled-status",
+     describe_oled_unit, make_oled_view},
+}};
+
+const scene &scene_of(const std::string &model) {
+    std::string models;
+    for (const scene &one : scenes) {
+        if (model == one.model) {
+            return one;
+        }
+        models += std::string(models.empty() ? "" : " or ") + one.model;
+    }
+    used_wrongly("--model takes " + models);
+}
+
 int run_demo(const demo_options &chosen) {
     const scene &playing = scene_of(chosen.model);
-    const std::string script = chosen.script.empty() ? working_script : read_whole(chosen.script);
     const desk_directory desk;
-    const std::filesystem::path package = desk.path / "update_demo_b20240523.bin";
-    make_package(package, playing.pn, script);
-
     unit it;
-    it.part_number(playing.pn)
-        .clock_speed(chosen.speed)
-        .patience(std::chrono::seconds(600))
-        .stop_when(stop_requested)
-        .package(package)
-        .acknowledge_end(2s);
-    playing.describe(it, chosen);
+    it.clock_speed(chosen.speed).patience(std::chrono::seconds(600)).stop_when(stop_requested);
+    const command_arguments arguments = playing.describe(it, chosen, desk);
 
-    printf("%s; its application has unpacked a package into /firmware/update.\n", playing.told);
     const std::unique_ptr<panel_view> view = playing.view(chosen);
     front_panel panel(*view, isatty(STDOUT_FILENO) != 0 && !chosen.plain);
     it.watch([&](const event &happened) { panel.show(happened); });
     it.watch_screen([&](const picture &seen) { panel.show(seen); });
-    const std::vector<std::string> arguments = {"3", "/media/sda1/update_demo_b20240523.bin"};
-    printf("renewer %s %s\n", arguments[0].c_str(), arguments[1].c_str());
+    printf("%s", playing.told);
+    for (const std::string &argument : arguments) {
+        printf(" %s", argument.c_str());
+    }
+    printf("\n");
     const outcome end = it.run(arguments);
     panel.finish();
     if (end.exit_status != 0 && end.exit_status != 1) {
         return 1; // the run did not come to its end
     }
-    printf("\nWhat the unit has in /data now:\n%s", end.listing("/data").c_str());
-    printf("\nPeak memory of the updater: %ld KiB\n", end.peak_memory_kib);
+    if (end.exists("/tmp/update_flag")) {
+        printf("\nWhat the unit has in /data now:\n%s", end.listing("/data").c_str());
+    }
+    printf("\nPeak memory of the program: %ld KiB\n", end.peak_memory_kib);
     return 0;
 }
 

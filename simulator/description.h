@@ -9,6 +9,10 @@ namespace simulator {
 // The file with which the updater tells the rest of the unit that it is done.
 constexpr const char end_marker[] = "/tmp/update_over";
 
+// The SPI device nodes of a unit's displays.
+constexpr const char lcd_node[] = "/dev/spidev1.0";
+constexpr const char oled_node[] = "/dev/spidev0.0";
+
 // One thing that the description makes happen.
 struct happening {
     std::string name; // as the time line tells it, "press ok"

@@ -24,6 +24,13 @@ std::optional<event_kind> kind_named(std::string_view name) {
     return std::nullopt;
 }
 
+// The text up to the first blank, and what follows it.
+std::pair<std::string_view, std::string_view> first_word(std::string_view text) {
+    const size_t blank = text.find(' ');
+    return {text.substr(0, blank),
+            blank == std::string_view::npos ? std::string_view() : text.substr(blank + 1)};
+}
+
 } // namespace
 
 observation::observation(const unit_plan &unit_plan, const running_unit &unit)
@@ -70,15 +77,16 @@ void observation::note_printed(event_kind kind, std::string_view text) {
 }
 
 void observation::note_record(std::string_view record) {
-    const size_t blank = record.find(' ');
-    const std::string_view name = record.substr(0, blank);
-    const std::string text(blank == std::string_view::npos ? "" : record.substr(blank + 1));
+    const auto [name, rest] = first_word(record);
+    const std::string text(rest);
     if (name == "memory") {
         result.peak_memory_kib = std::stol(text);
     } else if (name == "level") {
-        result.panel.level(text == "0" ? 0 : 1);
+        const auto [node, number] = first_word(rest);
+        take_level(node, number);
     } else if (name == "transfer") {
-        take_transfer(text);
+        const auto [node, bytes] = first_word(rest);
+        take_transfer(node, bytes);
     } else if (const auto kind = kind_named(name)) {
         note(*kind, text);
         if (*kind == event_kind::led) {
@@ -96,14 +104,34 @@ void observation::take_line(std::string_view text) {
     }
 }
 
-void observation::take_transfer(std::string_view bytes) {
-    const auto *begin = reinterpret_cast<const uint8_t *>(bytes.data());
-    const int pictures_before = result.panel.pictures();
-    note(event_kind::spi, result.panel.transfer({begin, bytes.size()}));
-    if (result.panel.pictures() == pictures_before) {
-        return;
+void observation::take_level(std::string_view node, std::string_view number) {
+    const int level = number == "0" ? 0 : 1;
+    if (node == lcd_node) {
+        result.panel.level(level);
+    } else if (node == oled_node) {
+        result.oled.level(level);
     }
-    const picture seen = result.panel.seen();
+}
+
+void observation::take_transfer(std::string_view node, std::string_view bytes) {
+    if (node == lcd_node) {
+        take_transfer_of(result.panel, bytes);
+    } else if (node == oled_node) {
+        take_transfer_of(result.oled, bytes);
+    }
+}
+
+template <typename panel_model>
+void observation::take_transfer_of(panel_model &panel, std::string_view bytes) {
+    const auto *begin = reinterpret_cast<const uint8_t *>(bytes.data());
+    const int pictures_before = panel.pictures();
+    note(event_kind::spi, panel.transfer({begin, bytes.size()}));
+    if (panel.pictures() != pictures_before) {
+        take_picture(panel.seen());
+    }
+}
+
+void observation::take_picture(const picture &seen) {
     if (!result.pictures.empty() && result.pictures.back() == seen) {
         return;
     }

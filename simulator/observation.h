@@ -41,7 +41,11 @@ private:
     unit_time now() const;
     void set_due(const event &happened);
     void take_line(std::string_view text);
-    void take_transfer(std::string_view bytes);
+    void take_level(std::string_view node, std::string_view number);
+    void take_transfer(std::string_view node, std::string_view bytes);
+    template <typename panel_model>
+    void take_transfer_of(panel_model &panel, std::string_view bytes);
+    void take_picture(const picture &seen);
 
     const unit_plan &plan;
     std::chrono::steady_clock::time_point start;

@@ -94,7 +94,8 @@ void make_usual_tree(const fs::path &root) {
     put("/firmware/update/install.sh", usual_install_script, 0755);
     put("/firmware/update/renewer.bin", "the updater of this update\n", 0755);
     put("/data/sbin/renewer", "the installed updater\n", 0755);
-    put("/dev/spidev1.0", "");
+    put(lcd_node, "");
+    put(oled_node, "");
     mkfifo(below(root, key_device_path).c_str(), 0600);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/sa1230_panel.h"
+#include "simulator/ssd1327_panel.h"
 
 #include <atomic>
 #include <chrono>
@@ -88,7 +89,9 @@ struct outcome {
     long peak_memory_kib = 0;
     // What the screen showed, one after the other; a picture stands until the next one does.
     std::vector<picture> pictures;
-    sa1230_panel panel; // as it was left
+    // As they were left: the LCD behind "/dev/spidev1.0", the OLED behind "/dev/spidev0.0".
+    sa1230_panel panel;
+    ssd1327_panel oled;
     std::shared_ptr<const std::filesystem::path> tree;
 
     // The lines of the events of these kinds (all kinds when none is named), one a line.

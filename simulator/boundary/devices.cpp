@@ -55,19 +55,17 @@ unsigned long spi_transfers = 0;
 constexpr unsigned long set_command_level = SPI_IOC_RD_MODE32;
 constexpr unsigned long set_data_level = SPI_IOC_WR_MODE32;
 
-bool is_spi_node(int descriptor) {
-    char path[256];
-    descriptor_path(descriptor, path);
+bool is_spi_node(const char *path) {
     return strncmp(path, "/dev/spidev", strlen("/dev/spidev")) == 0;
 }
 
-int spi_transfer(const spi_ioc_transfer &transfer) {
+int spi_transfer(const char *node, const spi_ioc_transfer &transfer) {
     if (spi_transfers++ >= spi_transfers_that_work) {
         errno = EIO;
         return -1;
     }
-    constexpr char name[] = "transfer ";
-    const size_t name_size = strlen(name);
+    char name[300];
+    const auto name_size = static_cast<size_t>(snprintf(name, sizeof(name), "transfer %s ", node));
     char *record = static_cast<char *>(malloc(name_size + transfer.len));
     if (record == nullptr) {
         errno = ENOMEM;
@@ -81,11 +79,11 @@ int spi_transfer(const spi_ioc_transfer &transfer) {
     return static_cast<int>(transfer.len);
 }
 
-int spi_request(unsigned long request, unsigned long argument) {
+int spi_request(const char *node, unsigned long request, unsigned long argument) {
     switch (request) {
     case set_command_level:
     case set_data_level:
-        tell("level %lu", argument);
+        tell("level %s %lu", node, argument);
         return 0;
     case SPI_IOC_WR_MODE:
         spi.mode = *reinterpret_cast<const uint8_t *>(argument);
@@ -106,7 +104,7 @@ int spi_request(unsigned long request, unsigned long argument) {
         *reinterpret_cast<uint32_t *>(argument) = spi.speed_hz;
         return 0;
     case SPI_IOC_MESSAGE(1):
-        return spi_transfer(*reinterpret_cast<const spi_ioc_transfer *>(argument));
+        return spi_transfer(node, *reinterpret_cast<const spi_ioc_transfer *>(argument));
     default:
         errno = ENOTTY;
         return -1;
@@ -124,8 +122,10 @@ int ioctl(int descriptor, unsigned long request, ...) {
     va_end(arguments);
     // A negative request number has its sign bit carried to 64 bits by some callers.
     const unsigned long number = request & 0xFFFFFFFFul;
-    if (is_spi_node(descriptor)) {
-        return spi_request(number, argument);
+    char path[256];
+    descriptor_path(descriptor, path);
+    if (is_spi_node(path)) {
+        return spi_request(path, number, argument);
     }
     return next<decltype(ioctl)>("ioctl")(descriptor, request, argument);
 }

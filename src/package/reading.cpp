@@ -1,10 +1,10 @@
 #include "package/reading.h"
 
 #include "platform/debug.h"
+#include "platform/files.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -35,13 +35,8 @@ void report_short_table(uint64_t there, uint64_t wanted) {
 } // namespace
 
 owned_file open_package(const char *path) {
-    if (path == nullptr) {
-        return nullptr;
-    }
-    owned_descriptor descriptor(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    owned_file package(descriptor ? fdopen(descriptor.get(), "r") : nullptr);
+    owned_file package = open_for_reading(path);
     if (package != nullptr) {
-        descriptor.release();
         take_whole_requests(package.get());
     }
     return package;

@@ -1,7 +1,7 @@
 #include "update/install_step.h"
 
 #include "package/common.h"
-#include "platform/owner.h"
+#include "platform/files.h"
 #include "platform/shell.h"
 #include "update/timed_command.h"
 
@@ -24,7 +24,7 @@ constexpr size_t version_size = 32;
 // The prefix is passed over by its length alone; a line that is not longer gives an empty text.
 // The line end stays with the version when the line fits.
 int read_version(const char *path, char (&version)[version_size]) {
-    const owned_file file(fopen(path, "re"));
+    const owned_file file = open_for_reading(path);
     if (file == nullptr) {
         perror("fopen");
         return 0;

@@ -10,7 +10,6 @@
 // terminal.
 
 #include "display/ssd1327zb_fonts.h"
-#include "simulator/terminal_picture.h"
 #include "tests/support/files.h"
 #include "tests/support/spi_boundary.h"
 #include "tools/oled_status/status_screen.h"
@@ -209,11 +208,7 @@ int main(int argc, char **argv) {
         if (argc == 3 && command == "check") {
             return check(argv[2]);
         }
-        if (argc == 2 && command == "show") {
-            fputs(simulator::terminal_text(status_screen()).c_str(), stdout);
-            return 0;
-        }
-        fprintf(stderr, "usage: oled_pictures (write DOCS | check DOCS | show)\n");
+        fprintf(stderr, "usage: oled_pictures (write DOCS | check DOCS)\n");
         return 2;
     } catch (const std::exception &error) {
         fprintf(stderr, "oled_pictures: %s\n", error.what());

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <sys/stat.h>
 
 using namespace simulator;
 
@@ -232,6 +233,20 @@ TEST(install, version_file_that_cannot_be_opened_fails_the_update) {
     EXPECT_TRUE(end.has("err fopen: No such file or directory"));
     EXPECT_EQ(end.file("/data/sbin/renewer"), "the installed updater\n");
     EXPECT_FALSE(succeeded(end));
+}
+
+TEST(install, pipe_in_place_of_a_version_file_holds_nothing) {
+    const outcome end = usual_unit()
+                            .does(
+                                "make a pipe",
+                                [](const std::filesystem::path &root) {
+                                    mkfifo((root / "tmp/pack_version").c_str(), 0600);
+                                },
+                                at(0ms))
+                            .file("/tmp/data_version", "renewer_version:v1.1.4\n")
+                            .run(limited);
+    EXPECT_NE(end.output().find("pack version \ndata version 1.1.4\n"), std::string::npos);
+    EXPECT_EQ(end.exit_status, 1);
 }
 
 TEST(install, own_copy_keeps_a_directory_that_exists) {

@@ -55,6 +55,7 @@ TEST(demo, tells_a_run_of_each_model_to_its_end) {
         {"--answer decline", "user canceled", "ended   status 0\n", 0},
         {"--model screen --built-in" + into, "screen  picture-02.png\n", "ended   status 1\n", 3},
         {"--model screen --answer other" + into, "key 7 enter", "ended   status 0\n", 2},
+        {"--model oled" + into, "screen  picture-60.png\n", "ended   status 0\n", 61},
     };
     for (const auto &[options, told, end, count] : cases) {
         const auto [status, output] = run_demo("--speed 40 " + options);
