@@ -50,8 +50,8 @@ std::array<int, 4> version_numbers(const std::string &text) {
     return numbers;
 }
 
-// The time of making: SOURCE_DATE_EPOCH (reproducible builds; seconds since 1970) when it is set, the
-// present local time otherwise.
+// The time of making: SOURCE_DATE_EPOCH (reproducible builds; seconds since 1970) when it is set,
+// the present local time otherwise.
 struct tm time_of_making() {
     struct tm made = {};
     const char *const epoch = getenv("SOURCE_DATE_EPOCH");
