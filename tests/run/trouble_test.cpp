@@ -97,7 +97,7 @@ TEST(trouble, killed_at_any_step_it_leaves_nothing_half_done) {
                                 .kill_program(SIGKILL, after(step, 100ms))
                                 .run({"1", "/media/sda1/update", "34"});
         EXPECT_EQ(end.ended_by, SIGKILL);
-        EXPECT_TRUE(end.has("call S080_application ended"));
+        EXPECT_TRUE(end.has("shell /etc/init.d/S080_application stop"));
         EXPECT_EQ(end.exists("/firmware/install.sh"), in_place);
         EXPECT_EQ(end.file("/data/sbin/renewer"),
                   replaced ? "the updater of this update\n" : "the installed updater\n");
