@@ -53,12 +53,13 @@ int shell_with_argument(const char *command, const char *argument) {
     if (word == nullptr) {
         return -1;
     }
-    const size_t size = strlen(command) + 1 + strlen(word.get()) + 1;
+    const char *const separator = argument[0] == '-' ? " -- " : " ";
+    const size_t size = strlen(command) + strlen(separator) + strlen(word.get()) + 1;
     const owned_memory<char> line(static_cast<char *>(malloc(size)));
     if (line == nullptr) {
         return -1;
     }
-    snprintf(line.get(), size, "%s %s", command, word.get());
+    snprintf(line.get(), size, "%s%s%s", command, separator, word.get());
     return shell(line.get());
 }
 

@@ -17,8 +17,9 @@ int shell(const char *command);
 // memory for it.
 owned_memory<char> shell_word(const char *text);
 
-// Runs `command`, a blank and `argument` as one word (see `shell_word`). The line is never cut:
-// without memory for the whole line nothing is run.
+// Runs `command`, a blank and `argument` as one word (see `shell_word`). An argument that begins
+// with '-' comes behind "-- ", which ends the options (POSIX, utility syntax guideline 10). The
+// line is never cut: without memory for the whole line nothing is run.
 //
 // Returns the shell's wait status as `shell` does, -1 when nothing was run.
 int shell_with_argument(const char *command, const char *argument);

@@ -39,12 +39,26 @@ TEST(shell, argument_reaches_the_command_as_it_is) {
     }
     put_file("/tmp/print", "#!/bin/sh\nprintf %s \"$1\" > /tmp/printed\n");
     std::filesystem::permissions("/tmp/print", std::filesystem::perms::owner_all);
-    for (const std::string &argument : {all, std::string("$(touch /tmp/x)"), std::string("-n"),
-                                        std::string("*"), std::string(100'000, 'y')}) {
+    for (const std::string &argument :
+         {all, std::string("$(touch /tmp/x)"), std::string("*"), std::string(100'000, 'y')}) {
         EXPECT_EQ(shell_with_argument("/tmp/print", argument.c_str()), 0);
         EXPECT_EQ(get_file("/tmp/printed"), argument);
     }
     EXPECT_FALSE(std::filesystem::exists("/tmp/x"));
+}
+
+TEST(shell, argument_that_looks_like_an_option_comes_behind_the_end_of_the_options) {
+    struct {
+        const char *argument;
+        const char *arguments;
+    } const cases[] = {
+        {"/firmware", "[/firmware]"}, {"a-b", "[a-b]"},   {"", "[]"},
+        {"-n", "[--][-n]"},           {"--", "[--][--]"}, {"- x", "[--][- x]"},
+    };
+    for (const auto &[argument, arguments] : cases) {
+        EXPECT_EQ(shell_with_argument("printf '[%s]' > /tmp/printed", argument), 0);
+        EXPECT_EQ(get_file("/tmp/printed"), arguments);
+    }
 }
 
 TEST(shell, own_lines_come_before_those_of_the_command) {
