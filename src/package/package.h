@@ -19,6 +19,10 @@ constexpr uint32_t magic_new = 0x77007703;   // the new layout as written
 constexpr size_t md5_size = 16;              // bytes of a digest
 constexpr uint32_t md5_range_begin = 20;     // first byte of the file that the digest covers
 
+// Records of a node table that the readers take at most: a damaged count in a large file must not
+// take the unit's memory.
+constexpr uint32_t most_node_records = 64 * 1024;
+
 // Header of the old layout, the first 60 bytes of the file. The node table follows it.
 struct pack_head {
     uint32_t magic;
@@ -125,7 +129,8 @@ void show_nodes_new(const pack_head_new *head, const pack_node *nodes);
 // package (`show_package_info_new`), whatever its magic. A table that the file does not hold is
 // reported as "ret( %d ) <  nodes( %d )\n", with the bytes that are there and the bytes wanted.
 //
-// Return 1 when both were printed, 0 when the package could not be read.
+// Return 1 when both were printed, 0 when the package could not be read and, in silence, when its
+// table has more than `most_node_records`.
 int show_package_info(const char *path);
 int show_package_info_new(const char *packpath);
 
@@ -157,8 +162,9 @@ int validate_package_new(const char *path);
 // magic nor digest is checked; a node that runs past the end of the package gives a shorter file.
 //
 // Return 1 when every node was processed, whether or not its file could be written; 0 when
-// header, version text or node table cannot be read (then nothing was written; what is missing is
-// reported at debug level 1), and at the first node whose path would have 256 bytes or more.
+// header, version text or node table cannot be read or the table has more than `most_node_records`
+// (then nothing was written; what is missing is reported at debug level 1), and at the first node
+// whose path would have 256 bytes or more.
 int unpack_package(const char *path, const char *out_dir);
 int unpack_package_new(const char *path, const char *out_dir);
 

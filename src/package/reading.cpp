@@ -15,7 +15,6 @@ namespace {
 static_assert(sizeof(off_t) == 8, "packages reach 4 GiB");
 
 constexpr uint64_t longest_version_text = 64 * 1024;
-constexpr uint32_t most_nodes = 64 * 1024;
 
 // Bytes of the file from `offset` to its end.
 uint64_t bytes_from(FILE *package, uint64_t offset) {
@@ -68,7 +67,7 @@ owned_memory<pack_node> read_node_table(FILE *package, uint64_t offset, uint32_t
         report_short_table(there, wanted);
         return nullptr;
     }
-    if (count > most_nodes) {
+    if (count > most_node_records) {
         return nullptr;
     }
     owned_memory<pack_node> nodes(

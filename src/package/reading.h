@@ -40,8 +40,8 @@ bool seek_to(FILE *package, uint64_t offset);
 bool read_version_text(FILE *package, pack_head_new *head);
 
 // Reads the table of `count` records at `offset`. A table that the file does not hold is reported
-// (see `show_package_info`) and not allocated. More than 65536 records are refused in silence: a
-// damaged count in a large file must not take the unit's memory.
+// (see `show_package_info`) and not allocated. More than `most_node_records` are refused in
+// silence.
 //
 // Returns the table, which is never empty of room when `count` is 0; nothing on failure.
 owned_memory<pack_node> read_node_table(FILE *package, uint64_t offset, uint32_t count);

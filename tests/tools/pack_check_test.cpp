@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 using namespace std::string_literals;
 using testing::HasSubstr;
 
@@ -60,6 +62,43 @@ TEST(check, says_what_is_wrong) {
             EXPECT_THAT(done.out, HasSubstr(word));
         }
         EXPECT_EQ(done.err, "");
+    }
+}
+
+TEST(check, more_nodes_than_a_unit_takes) {
+    const auto table = [](uint32_t count) {
+        std::string nodes;
+        for (uint32_t i = 0; i < count; ++i) {
+            nodes += sample::node(1, 0, 0);
+        }
+        return sample::old_header{.count = count}.bytes() + nodes;
+    };
+    put_file("/tmp/desk/most.bin", table(65536));
+    EXPECT_THAT(pack("check most.bin").out, testing::Not(HasSubstr("records")));
+    put_file("/tmp/desk/more.bin", table(65537));
+    EXPECT_THAT(pack("check more.bin").out,
+                HasSubstr("the node table has 65537 records, a unit takes at most 65536\n"));
+    put_file("/tmp/desk/vast.bin", sample::old_header{.count = 89'000'000}.bytes());
+    std::filesystem::resize_file("/tmp/desk/vast.bin", 1 << 30);
+    const run vast = pack("show vast.bin");
+    EXPECT_EQ(vast.status, 1);
+    EXPECT_THAT(vast.err, HasSubstr("has 89000000 records"));
+    rusage used;
+    ASSERT_EQ(getrusage(RUSAGE_CHILDREN, &used), 0);
+    EXPECT_LT(used.ru_maxrss, 200'000); // KiB
+}
+
+TEST(check, tells_of_twenty_defects) {
+    for (const auto &[nodes, end] :
+         {std::pair(19, "has no name\n"), std::pair(22, "; and 3 more\n")}) {
+        std::string content = sample::old_header{.count = static_cast<uint32_t>(nodes)}.bytes();
+        for (int i = 0; i < nodes; ++i) {
+            content += sample::node(70, 0, 0);
+        }
+        put_file("/tmp/desk/bad.bin", content);
+        const std::string out = pack("check bad.bin").out; // the digest is wrong, too
+        EXPECT_THAT(out, testing::EndsWith(end));
+        EXPECT_EQ(std::count(out.begin(), out.end(), ';'), nodes == 19 ? 19 : 20);
     }
 }
 

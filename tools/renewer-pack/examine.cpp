@@ -18,6 +18,16 @@ uint64_t end_of(const pack_node &node) {
     return uint64_t{node.offset} + node.size;
 }
 
+constexpr size_t most_told = 20;
+
+void cut(std::vector<std::string> &defects) {
+    if (defects.size() > most_told) {
+        const size_t more = defects.size() - most_told;
+        defects.resize(most_told);
+        defects.push_back("and " + std::to_string(more) + " more");
+    }
+}
+
 std::string name_of(const package_file &package, size_t index) {
     return "node " + std::to_string(index) + " (" + type_name(package.nodes[index].type) + ")";
 }
@@ -154,6 +164,7 @@ std::vector<std::string> all_defects(const std::filesystem::path &path) {
         package.defects.insert(package.defects.begin(),
                                "the digest is " + digest + ", the header says " + package.md5);
     }
+    cut(package.defects);
     return package.defects;
 }
 

@@ -41,7 +41,13 @@ void read_node_table(std::ifstream &file, uint32_t count, package_file &package)
                                   std::to_string(wanted) + " bytes, the file holds " +
                                   std::to_string(there));
     }
-    const uint64_t taken = std::min(there, wanted) / sizeof(pack_node);
+    if (count > renewer::most_node_records) {
+        package.defects.push_back("the node table has " + std::to_string(count) +
+                                  " records, a unit takes at most " +
+                                  std::to_string(renewer::most_node_records));
+    }
+    const uint64_t taken =
+        std::min(std::min(there, wanted) / sizeof(pack_node), uint64_t{renewer::most_node_records});
     const std::string bytes = bytes_at(file, package.table_offset, taken * sizeof(pack_node));
     for (size_t i = 0; i + sizeof(pack_node) <= bytes.size(); i += sizeof(pack_node)) {
         package.nodes.push_back(record_of<pack_node>(bytes.substr(i, sizeof(pack_node))));

@@ -50,7 +50,8 @@ void examine_nodes(package_file &package);
 std::string digest_of(const package_file &package,
                       const std::function<void(uint64_t)> &progress = {});
 
-// What is wrong with the package, its digest included; empty for a sound one.
+// What is wrong with the package, its digest included; empty for a sound one. Of more than 20
+// defects the first 20 and "and N more".
 std::vector<std::string> all_defects(const std::filesystem::path &path);
 
 // Name of the file that a node is extracted to.
