@@ -71,7 +71,12 @@ TEST(find, hardware_inputs) {
     EXPECT_THAT(absent.out, HasSubstr("ends the search of the directory: version 2.0.15 is too "
                                       "old for the unit's hardware, which needs 2.0.16"));
     EXPECT_EQ(pack("find a --unit sys --inputs 00").status, 2);
-    EXPECT_EQ(pack("find a --unit none").status, 3);
+    put_file("/tmp/desk/empty", "");
+    for (const char *unit : {"none", "a", "empty"}) {
+        const run unread = pack("find a --unit "s + unit);
+        EXPECT_EQ(unread.status, 3) << unit;
+        EXPECT_THAT(unread.err, HasSubstr(unit));
+    }
 }
 
 } // namespace

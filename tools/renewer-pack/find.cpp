@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include "file_bytes.h"
 #include "package/package.h"
 #include "package_file.h"
 #include "platform/owner.h"
@@ -9,7 +10,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
-#include <system_error>
 #include <unistd.h>
 
 namespace pack {
@@ -32,12 +32,13 @@ struct best_candidate {
 };
 
 renewer::host_info read_unit(const fs::path &path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::system_error(errno, std::generic_category(), path.string());
-    }
+    std::ifstream file = open_file(path);
     renewer::host_info host = {};
     file.read(reinterpret_cast<char *>(&host), sizeof(host));
+    if (file.gcount() == 0) {
+        errno = ENODATA;
+        fail(path);
+    }
     return host;
 }
 
