@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 using namespace std::string_literals;
 using testing::HasSubstr;
 
@@ -63,13 +65,23 @@ TEST(show, damaged_files) {
     put_file("/tmp/desk/none.bin", "no package");
     EXPECT_EQ(pack("show cut.bin").status, 1);
     EXPECT_EQ(pack("show --json cut.bin").status, 1);
-    EXPECT_EQ(pack("show none.bin").status, 1);
+    const run refused = pack("show none.bin");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.err, HasSubstr("none.bin: not a package"));
     EXPECT_EQ(pack("show nowhere").status, 3);
     put_file("/tmp/desk/bytes.bin",
              sample::new_header{.pn = "\xff\x1b[2J"}.bytes() + "1.1.4.0\0\0\0\0\0"s);
     const run json = pack("show --json bytes.bin");
     EXPECT_EQ(json.out.find('\x1b'), std::string::npos);
     EXPECT_THAT(json.out, HasSubstr("\\u001b[2J"));
+}
+
+TEST(show, does_not_wait_for_the_writer_of_a_pipe) {
+    std::filesystem::create_directories("/tmp/desk");
+    ASSERT_EQ(mkfifo("/tmp/desk/pipe", 0600), 0);
+    for (const char *command : {"show", "show --json", "check", "unpack"}) {
+        EXPECT_EQ(pack(command + " pipe"s, "timeout 10").status, 3) << command;
+    }
 }
 
 TEST(types, all_of_them) {
@@ -96,6 +108,21 @@ TEST(usage, statuses) {
         EXPECT_EQ(pack(arguments).status, status) << arguments;
     }
     EXPECT_THAT(pack("--version").out, testing::StartsWith("renewer-pack 1."));
+    EXPECT_THAT(pack("polish").err, HasSubstr("no command \"polish\""));
+}
+
+TEST(usage, lost_output_is_told) {
+    put_file("/tmp/desk/new.bin", sample::new_package());
+    put_file("/tmp/desk/sys", "1234567");
+    put_file("/tmp/desk/bad.bin", "bad");
+    for (const char *arguments :
+         {"show new.bin", "show --json new.bin", "check new.bin", "check bad.bin", "unpack new.bin",
+          "create -o made.bin --version 1.1.4.0 --pn 1 --revision 1 kernel=sys",
+          "find . --unit sys", "types", "--help", "--version"}) {
+        const run lost = pack(arguments, "to_full() { \"$@\" >/dev/full; }; to_full");
+        EXPECT_EQ(lost.status, 3) << arguments;
+        EXPECT_THAT(lost.err, HasSubstr("standard output could not be written")) << arguments;
+    }
 }
 
 } // namespace

@@ -16,6 +16,11 @@ std::ifstream open_file(const std::filesystem::path &path) {
         errno = EISDIR;
         fail(path);
     }
+    // Opening one waits for a writer, and it cannot be sought in.
+    if (std::filesystem::is_fifo(path)) {
+        errno = ESPIPE;
+        fail(path);
+    }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         fail(path);

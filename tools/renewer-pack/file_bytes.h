@@ -15,7 +15,7 @@ constexpr uint64_t align4(uint64_t offset) {
 // Ends the command with the system's reason (errno) and the path.
 [[noreturn]] void fail(const std::filesystem::path &path);
 
-// Opens a file for reading; a directory is none. Throws std::system_error.
+// Opens a file for reading; a directory or a FIFO is none. Throws std::system_error.
 std::ifstream open_file(const std::filesystem::path &path);
 
 // Reads up to `size` bytes at `offset`; as many as there are.

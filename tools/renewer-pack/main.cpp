@@ -34,18 +34,34 @@ void add_check(CLI::App &app, command &chosen) {
     sub->callback([=, &chosen] { chosen = [=] { return check(*packages); }; });
 }
 
+// --only takes every word up to the next option, so that of its words the last one is FILE when
+// nothing else is, unless it is a type.
+void take_package_from_types(unpack_options &options) {
+    if (options.package.empty() && options.only.size() > 1 && !node_type_of(options.only.back())) {
+        options.package = options.only.back();
+        options.only.pop_back();
+    }
+    if (options.package.empty()) {
+        throw CLI::RequiredError("FILE");
+    }
+}
+
 void add_unpack(CLI::App &app, command &chosen) {
     CLI::App *const sub =
         app.add_subcommand("unpack", "Extract the nodes of a package into one file for each");
     auto options = std::make_shared<unpack_options>();
-    sub->add_option("FILE", options->package, "The package, of either layout")->required();
+    sub->add_option("FILE", options->package, "The package, of either layout")
+        ->option_text("REQUIRED");
     sub->add_option("-C,--directory", options->directory,
                     "Where to put the files (made as needed; default: here)")
         ->type_name("DIR");
     sub->add_option("--only", options->only, "Extract these node types only, by name or number")
         ->type_name("TYPE");
     sub->add_flag("--force", options->force, "Also unpack a package that fails its check");
-    sub->callback([=, &chosen] { chosen = [=] { return unpack(*options); }; });
+    sub->callback([=, &chosen] {
+        take_package_from_types(*options);
+        chosen = [=] { return unpack(*options); };
+    });
 }
 
 void add_create(CLI::App &app, command &chosen) {
@@ -112,6 +128,14 @@ int run(const command &chosen) {
     }
 }
 
+// Standard output that was lost counts more than any other result.
+int after_output(int status) {
+    if (fflush(stdout) != 0 || ferror(stdout) != 0) {
+        return complain("standard output could not be written", pack::system_error);
+    }
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -128,8 +152,11 @@ int main(int argc, char **argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? good : used_wrongly;
+        if (argc > 1 && argv[1][0] != '-' && app.get_subcommands().empty()) {
+            const std::string what = "there is no command \"" + std::string(argv[1]) + "\"";
+            return complain((what + " (see renewer-pack --help)").c_str(), used_wrongly);
+        }
+        return after_output(app.exit(error) == 0 ? good : used_wrongly);
     }
-    const int status = run(chosen);
-    return fflush(stdout) == 0 ? status : pack::system_error;
+    return after_output(run(chosen));
 }

@@ -77,10 +77,18 @@ void show_json(const package_file &package) {
     printf("%s\n", document.dump(2, ' ', false, json::error_handler_t::replace).c_str());
 }
 
+package_file package_at(const std::filesystem::path &path) {
+    try {
+        return read_package(path);
+    } catch (const refused &reason) {
+        throw refused(path.string() + ": " + reason.what());
+    }
+}
+
 } // namespace
 
 int show(const show_options &options) {
-    const package_file package = read_package(options.package);
+    const package_file package = package_at(options.package);
     if (options.json) {
         show_json(package);
         return package.defects.empty() ? good : package_refused;
@@ -89,7 +97,8 @@ int show(const show_options &options) {
                           ? renewer::show_package_info(options.package.c_str())
                           : renewer::show_package_info_new(options.package.c_str());
     if (shown == 0) {
-        throw refused(package.defects.empty() ? "cannot be shown" : package.defects.front());
+        throw refused(options.package.string() + ": " +
+                      (package.defects.empty() ? "cannot be shown" : package.defects.front()));
     }
     return good;
 }
