@@ -63,6 +63,7 @@ TEST(create, refused_before_anything_is_written) {
     put_file("/tmp/desk/member.json", R"({"serial": "1"})");
     put_file("/tmp/desk/number.json", R"({"pn": 12})");
     put_file("/tmp/desk/type.json", R"({"nodes": {"kernal": "kernel"}})");
+    put_file("/tmp/desk/twice.json", R"({"nodes": {"3": "script", "kernel": "kernel"}})");
     put_file("/tmp/desk/made.bin", "an older package");
     const auto before = names_in("/tmp/desk");
     struct {
@@ -85,6 +86,7 @@ TEST(create, refused_before_anything_is_written) {
         {texts + "66=kernel", 2, "no node type \"66\""},
         {texts + "git_version=kernel", 2, "carries no file"},
         {texts + "0=kernel", 2, "carries no file"},
+        {texts + "kernel=kernel 3=script", 2, "node type \"3\" is given twice"},
         {texts + "kernel=empty", 2, "empty is empty"},
         {texts + "kernel=/tmp", 2, "/tmp is not a file"},
         {texts + "kernel=huge", 2, "huge does not fit"},
@@ -95,6 +97,7 @@ TEST(create, refused_before_anything_is_written) {
         {texts + "--manifest member.json", 2, "\"serial\""},
         {texts + "--manifest number.json", 2, "are texts"},
         {texts + "--manifest type.json", 2, "no node type \"kernal\""},
+        {texts + "--manifest twice.json", 2, "node type \"kernel\" is given twice"},
     };
     for (const auto &[arguments, status, message] : cases) {
         const run done = pack("create -o made.bin" + arguments);
@@ -104,9 +107,29 @@ TEST(create, refused_before_anything_is_written) {
         EXPECT_EQ(get_file("/tmp/desk/made.bin"), "an older package");
         EXPECT_EQ(names_in("/tmp/desk"), before) << arguments;
     }
-    EXPECT_EQ(pack("create -o made.bin" + texts, "SOURCE_DATE_EPOCH=now").status, 2);
+    for (const char *time : {"now", "-1", "253402300800", "99999999999999999999"}) {
+        const run done = pack("create -o made.bin" + texts, "SOURCE_DATE_EPOCH="s + time);
+        EXPECT_EQ(done.status, 2) << time;
+        EXPECT_THAT(done.err, HasSubstr("not a number of seconds")) << time;
+    }
+    EXPECT_EQ(pack("create -o last.bin" + texts, "SOURCE_DATE_EPOCH=253402300799").status, 0);
+    EXPECT_EQ(get_file("/tmp/desk/last.bin").substr(65, 8), "99991231");
     EXPECT_EQ(pack("create -o none/made.bin" + texts).status, 3);
     EXPECT_EQ(pack("create -o /tmp" + texts).status, 3);
+}
+
+TEST(create, only_a_file_is_replaced) {
+    put_sources();
+    ASSERT_EQ(mkfifo("/tmp/desk/pipe", 0600), 0);
+    fs::create_symlink("/dev/null", "/tmp/desk/link");
+    for (const char *name : {"pipe", "link"}) {
+        const auto before = fs::symlink_status("/tmp/desk/"s + name).type();
+        const run done = pack("create -o "s + name + texts + "kernel=kernel");
+        EXPECT_EQ(done.status, 3) << name;
+        EXPECT_THAT(done.err, HasSubstr(name));
+        EXPECT_EQ(fs::symlink_status("/tmp/desk/"s + name).type(), before) << name;
+    }
+    EXPECT_THAT(names_in("/tmp/desk"), testing::ElementsAre("kernel", "link", "pipe", "script"));
 }
 
 TEST(create, full_disk_leaves_what_was_there) {

@@ -24,6 +24,7 @@ namespace fs = std::filesystem;
 
 constexpr size_t longest_version = 14;
 constexpr uint64_t largest_offset = UINT32_MAX;
+constexpr int latest_year = 9999; // the date of a header has four digits for it
 
 void check_length(const char *name, const std::string &text, size_t longest) {
     if (text.size() > longest) {
@@ -63,9 +64,10 @@ struct tm time_of_making() {
     time_t seconds = 0;
     const char *const end = epoch + strlen(epoch);
     const auto [parsed, error] = std::from_chars(epoch, end, seconds);
-    if (error != std::errc() || parsed != end || gmtime_r(&seconds, &made) == nullptr) {
+    if (error != std::errc() || parsed != end || seconds < 0 ||
+        gmtime_r(&seconds, &made) == nullptr || made.tm_year > latest_year - 1900) {
         throw misused(std::string("SOURCE_DATE_EPOCH is \"") + epoch +
-                      "\", not a number of seconds");
+                      "\", not a number of seconds from 1970 to the year 9999");
     }
     return made;
 }
@@ -175,9 +177,12 @@ int create(const create_options &options) {
             *text = *given;
         }
     }
+    package_description given;
     for (const std::string &source : options.sources) {
-        add_source(source, description);
+        add_source(source, given);
     }
+    given.sources.merge(description.sources); // keeps what is given
+    description.sources = given.sources;
     check_description(description);
     write(description, options.output);
     const package_file package = read_package(options.output);

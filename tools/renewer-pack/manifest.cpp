@@ -26,6 +26,13 @@ unsigned type_with_file(const std::string &name) {
     return *type;
 }
 
+void put_source(const std::string &type, const std::filesystem::path &file,
+                package_description &description) {
+    if (!description.sources.emplace(type_with_file(type), file).second) {
+        throw misused("node type \"" + type + "\" is given twice");
+    }
+}
+
 json parse(const std::filesystem::path &path) {
     std::ifstream file(path);
     if (!file) {
@@ -49,7 +56,7 @@ package_description description_of(const json &manifest, const std::filesystem::
             description.revision = value.get<std::string>();
         } else if (name == "nodes") {
             for (const auto &[type, file] : value.items()) {
-                description.sources[type_with_file(type)] = directory / file.get<std::string>();
+                put_source(type, directory / file.get<std::string>(), description);
             }
         } else {
             throw misused("it has a member \"" + name + "\", which means nothing here");
@@ -80,7 +87,7 @@ void add_source(const std::string &source, package_description &description) {
     if (equals == std::string::npos || equals + 1 == source.size()) {
         throw misused("\"" + source + "\" is not TYPE=FILE");
     }
-    description.sources[type_with_file(source.substr(0, equals))] = source.substr(equals + 1);
+    put_source(source.substr(0, equals), source.substr(equals + 1), description);
 }
 
 } // namespace pack

@@ -24,8 +24,8 @@ struct package_description {
 // Throws `misused` for what is no such manifest, std::system_error when it cannot be read.
 package_description read_manifest(const std::filesystem::path &path);
 
-// Adds "TYPE=FILE", with the type as a name or a number; in place of the manifest's file for it.
-// Throws `misused` for a type that carries no file.
+// Adds "TYPE=FILE", with the type as a name or a number. Throws `misused` for a type that carries
+// no file or has one already.
 void add_source(const std::string &source, package_description &description);
 
 } // namespace pack

@@ -59,8 +59,8 @@ new_file::new_file(fs::path place) : target(std::move(place)) {
         errno = ENAMETOOLONG;
         fail(target);
     }
-    if (fs::is_directory(target)) {
-        errno = EISDIR;
+    if (fs::exists(target) && !fs::is_regular_file(target)) { // a device is never replaced
+        errno = fs::is_directory(target) ? EISDIR : ENOTSUP;
         fail(target);
     }
     const renewer::owned_descriptor file(mkostemp(name.data(), O_CLOEXEC));
