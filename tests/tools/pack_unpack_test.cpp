@@ -1,4 +1,5 @@
 #include "tests/package/sample.h"
+#include "tests/support/small_disk.h"
 #include "tests/tools/pack_run.h"
 
 #include <gmock/gmock.h>
@@ -6,6 +7,7 @@
 
 #include <sys/stat.h>
 
+using namespace std::string_literals;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
 
@@ -26,12 +28,23 @@ TEST(unpack, chosen_nodes_of_a_sound_package) {
     EXPECT_THAT(names_in("/tmp/desk/one"), testing::ElementsAre("kernel.bin"));
     EXPECT_EQ(pack("unpack new.bin -C both --only 1 kernel").status, 0);
     EXPECT_EQ(names_in("/tmp/desk/both").size(), 2U);
+    for (const char *order :
+         {"--only kernel new.bin -C any", "-C any --only kernel new.bin", "-C any new.bin --only 3",
+          "--only kernel -C any new.bin", "--only kernel --force new.bin -C any"}) {
+        fs::remove_all("/tmp/desk/any");
+        EXPECT_EQ(pack("unpack "s + order).status, 0) << order;
+        EXPECT_THAT(names_in("/tmp/desk/any"), testing::ElementsAre("kernel.bin")) << order;
+    }
+    for (const char *arguments : {"--only kernel", "--only kernel 1", "--only new.bin"}) {
+        EXPECT_EQ(pack("unpack "s + arguments).status, 2) << arguments;
+    }
 
     const run unknown = pack("unpack new.bin -C none --only kernal");
     EXPECT_EQ(unknown.status, 2);
     const run absent = pack("unpack new.bin -C none --only uboot");
     EXPECT_EQ(absent.status, 1);
     EXPECT_THAT(absent.err, HasSubstr("no node of type uboot"));
+    EXPECT_THAT(pack("unpack new.bin --only 70").err, HasSubstr("no node of type 70\n"));
     EXPECT_FALSE(fs::exists("/tmp/desk/none"));
 }
 
@@ -55,6 +68,14 @@ TEST(unpack, what_the_system_refuses) {
     EXPECT_EQ(pack("unpack new.bin -C file/out").status, 3);
     fs::create_directories("/tmp/desk/taken/install.sh");
     EXPECT_EQ(pack("unpack new.bin -C taken").status, 3);
+    fs::resize_file("/tmp/desk/file", 100000);
+    EXPECT_EQ(
+        pack("create -o big.bin --version 1.1.1.1 --pn 1 --revision 1 1=new.bin 3=file").status, 0);
+    const small_disk disk(size_t{4} * 4096);
+    const run full = pack("unpack big.bin -C "s + disk.path);
+    EXPECT_EQ(full.status, 3);
+    EXPECT_THAT(full.err, HasSubstr("kernel.bin: No space left on device"));
+    EXPECT_THAT(names_in(disk.path), testing::ElementsAre("install.sh"));
 }
 
 } // namespace

@@ -1,12 +1,12 @@
 #include "commands.h"
 
+#include "new_file.h"
 #include "package/package.h"
 #include "package_file.h"
 #include "platform/owner.h"
 #include "progress.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <set>
@@ -56,27 +56,32 @@ std::vector<renewer::pack_node> chosen_nodes(const package_file &package,
     for (const unsigned type : types) {
         if (std::none_of(nodes.begin(), nodes.end(),
                          [type](const renewer::pack_node &node) { return node.type == type; })) {
-            throw refused("the package has no node of type " + type_name(type));
+            const std::string name = renewer::node_type_to_str(static_cast<int>(type));
+            throw refused("the package has no node of type " +
+                          (name.empty() ? std::to_string(type) : name));
         }
     }
     return nodes;
 }
 
-void extract(FILE *in, const renewer::pack_node &node, const fs::path &target) {
+void copy(FILE *in, const renewer::pack_node &node, const new_file &file, const fs::path &target) {
+    const progress_bar bar("unpacking " + target.filename().string(), node.size,
+                           [&file] { return file.size(); });
+    const char *const path = file.temporary().c_str();
     errno = 0;
-    if (renewer::node_to_file(in, &node, target.c_str()) == 0 ||
-        (node.type == install_type && chmod(target.c_str(), install_mode) != 0)) {
+    if (renewer::node_to_file(in, &node, path) == 0 ||
+        (node.type == install_type && chmod(path, install_mode) != 0)) {
         throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), target.string());
     }
-    const uint64_t size = fs::file_size(target);
-    printf("%s  %llu bytes%s\n", target.c_str(), static_cast<unsigned long long>(size),
-           size < node.size ? ", cut short" : "");
 }
 
-uint64_t size_or_nothing(const fs::path &path) {
-    std::error_code error;
-    const uintmax_t size = fs::file_size(path, error);
-    return error ? 0 : size;
+void extract(FILE *in, const renewer::pack_node &node, const fs::path &target) {
+    new_file file(target);
+    copy(in, node, file, target);
+    const uint64_t size = file.size();
+    file.put_in_place();
+    printf("%s  %llu bytes%s\n", target.c_str(), static_cast<unsigned long long>(size),
+           size < node.size ? ", cut short" : "");
 }
 
 } // namespace
@@ -92,10 +97,7 @@ int unpack(const unpack_options &options) {
     }
     fs::create_directories(options.directory);
     for (const renewer::pack_node &node : nodes) {
-        const fs::path target = options.directory / file_name(node.type);
-        const progress_bar bar("unpacking " + file_name(node.type), node.size,
-                               [&target] { return size_or_nothing(target); });
-        extract(in.get(), node, target);
+        extract(in.get(), node, options.directory / file_name(node.type));
     }
     return good;
 }
