@@ -46,12 +46,21 @@ void take_package_from_types(unpack_options &options) {
     }
 }
 
+// Help on `unpack`: FILE is required, though not where it stands.
+struct file_is_required : CLI::Formatter {
+    std::string make_option_usage(const CLI::Option *option) const override {
+        return option->get_name();
+    }
+};
+
 void add_unpack(CLI::App &app, command &chosen) {
     CLI::App *const sub =
         app.add_subcommand("unpack", "Extract the nodes of a package into one file for each");
     auto options = std::make_shared<unpack_options>();
     sub->add_option("FILE", options->package, "The package, of either layout")
         ->option_text("REQUIRED");
+    sub->formatter(std::make_shared<file_is_required>());
+    sub->footer("FILE may also follow the types of --only.");
     sub->add_option("-C,--directory", options->directory,
                     "Where to put the files (made as needed; default: here)")
         ->type_name("DIR");
