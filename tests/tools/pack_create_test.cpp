@@ -6,9 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <spawn.h>
+#include <sys/ptrace.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 using namespace std::string_literals;
@@ -150,11 +149,23 @@ TEST(create, full_disk_leaves_what_was_there) {
     }
 }
 
-// Waits until `directory` holds a file besides those that were there.
-void wait_for_new_file(const fs::path &directory, size_t names) {
-    while (names_in(directory).size() == names) {
-        std::this_thread::yield();
+// Starts a package in /tmp/desk and halts the tool (ptrace(2)) at the system call that makes a file
+// there.
+pid_t tool_that_has_just_made_a_file() {
+    const size_t names = names_in("/tmp/desk").size();
+    const pid_t tool = fork();
+    if (tool == 0) {
+        ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        execl(RENEWER_PACK, RENEWER_PACK, "create", "-o", "/tmp/desk/made.bin", "--version",
+              "1.1.1.1", "--pn", "1", "--revision", "1", "kernel=/tmp/desk/kernel", nullptr);
+        _exit(127);
     }
+    int status = 0;
+    while (waitpid(tool, &status, 0) == tool && WIFSTOPPED(status) &&
+           names_in("/tmp/desk").size() == names) {
+        ptrace(PTRACE_SYSCALL, tool, nullptr, nullptr);
+    }
+    return tool;
 }
 
 TEST(create, interrupted_leaves_what_was_there) {
@@ -162,17 +173,9 @@ TEST(create, interrupted_leaves_what_was_there) {
     put_file("/tmp/desk/kernel", "");
     fs::resize_file("/tmp/desk/kernel", 1 << 30);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        std::string output = "/tmp/desk/made.bin";
-        std::string source = "kernel=/tmp/desk/kernel";
-        const char *const arguments[] = {RENEWER_PACK, "create",  "-o",           output.c_str(),
-                                         "--version",  "1.1.1.1", "--pn",         "1",
-                                         "--revision", "1",       source.c_str(), nullptr};
-        pid_t tool = 0;
-        ASSERT_EQ(posix_spawn(&tool, RENEWER_PACK, nullptr, nullptr,
-                              const_cast<char *const *>(arguments), environ),
-                  0);
-        wait_for_new_file("/tmp/desk", 2);
+        const pid_t tool = tool_that_has_just_made_a_file();
         kill(tool, signal);
+        ptrace(PTRACE_DETACH, tool, nullptr, nullptr);
         int status = 0;
         waitpid(tool, &status, 0);
         EXPECT_EQ(status_of(status), 128 + signal);

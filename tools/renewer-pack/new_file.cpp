@@ -40,6 +40,25 @@ void handle_signals(void (*handler)(int)) {
     }
 }
 
+// Holds the ending signals back while it lives: one that comes then ends the program afterwards.
+class held_back_signals {
+public:
+    held_back_signals() {
+        sigset_t ending;
+        sigemptyset(&ending);
+        for (const int signal_number : ending_signals) {
+            sigaddset(&ending, signal_number);
+        }
+        pthread_sigmask(SIG_BLOCK, &ending, &before);
+    }
+    ~held_back_signals() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+    held_back_signals(const held_back_signals &) = delete;
+    held_back_signals &operator=(const held_back_signals &) = delete;
+
+private:
+    sigset_t before;
+};
+
 [[noreturn]] void fail(const fs::path &path) {
     throw std::system_error(errno, std::generic_category(), path.string());
 }
@@ -63,6 +82,7 @@ new_file::new_file(fs::path place) : target(std::move(place)) {
         errno = fs::is_directory(target) ? EISDIR : ENOTSUP;
         fail(target);
     }
+    const held_back_signals until_it_would_be_removed;
     const renewer::owned_descriptor file(mkostemp(name.data(), O_CLOEXEC));
     if (!file) {
         fail(target);
