@@ -4,8 +4,8 @@
 // canvas's 8192 bytes once, and what the parts cost. For scale: the panel's wire needs 2.2 ms for a
 // frame (8192 bytes at 30 MHz).
 
-#include "display/canvas.h"
-#include "display/ssd1327zb_draw_border.h"
+#include "oled/canvas.h"
+#include "oled/ssd1327zb_draw_border.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,7 +1,7 @@
 // One operation of the package library as a process of its own, so that its time and memory can be
 // compared with those of a usual command (see compare_packages.py).
+#include "discovery/get_valid_package.h"
 #include "package/package.h"
-#include "update/get_valid_package.h"
 
 #include <cstring>
 #include <string_view>

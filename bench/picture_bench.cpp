@@ -3,8 +3,8 @@
 // file alone. Each keeps nothing but the frame to send from one picture to the next. For scale: the
 // panel's wire needs 11.9 ms for a picture (74088 bytes at 50 MHz).
 
-#include "display/mw_bmp.h"
-#include "display/sa1230_layer.h"
+#include "bmp/mw_bmp.h"
+#include "lcd/sa1230_layer.h"
 
 #include <benchmark/benchmark.h>
 #include <pixman.h>

@@ -17,4 +17,4 @@ set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/arm-linux-gnueabihf/pkgconfig:/usr/share/pkg
 
 # Tests run under emulation, in a unit's root that a command of the build machine's own build makes.
 set(CMAKE_CROSSCOMPILING_EMULATOR
-    ${CMAKE_CURRENT_LIST_DIR}/../build/debug/simulator/in_unit_root;qemu-arm-static)
+    ${CMAKE_CURRENT_LIST_DIR}/../build/debug/simulator/unit/in_unit_root;qemu-arm-static)

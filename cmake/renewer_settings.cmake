@@ -20,8 +20,7 @@ if(RENEWER_TSAN)
 endif()
 
 # One static library per folder of src/, named renewer_<folder> with the alias renewer::<folder>.
-# LINKS names the libraries it may include from: an include against the arrows does not compile
-# far, since only what is named here is linked.
+# LINKS names the libraries that its files include from; the test house/arrows holds them to it.
 #
 # What ships runs without exceptions and without RTTI, so that it needs no C++ runtime library.
 function(renewer_library folder)
@@ -31,6 +30,17 @@ function(renewer_library folder)
   renewer_shipping_options(renewer_${folder})
   target_include_directories(renewer_${folder} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(renewer_${folder} PUBLIC ${ARG_LINKS})
+endfunction()
+
+# A library of the simulator, included as "simulator/<folder>/<file>".
+function(renewer_simulator_library name kind)
+  add_library(renewer_${name} ${kind} ${ARGN})
+  add_library(renewer::${name} ALIAS renewer_${name})
+  set(scope PUBLIC)
+  if(kind STREQUAL INTERFACE)
+    set(scope INTERFACE)
+  endif()
+  target_include_directories(renewer_${name} ${scope} ${PROJECT_SOURCE_DIR})
 endfunction()
 
 function(renewer_shipping_options target)

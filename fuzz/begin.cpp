@@ -1,4 +1,4 @@
-#include "simulator/unit_root.h"
+#include "simulator/unit/unit_root.h"
 
 #include <cstdio>
 #include <filesystem>

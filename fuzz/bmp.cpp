@@ -1,6 +1,6 @@
 #include "input.h"
 
-#include "display/mw_bmp.h"
+#include "bmp/mw_bmp.h"
 
 #include <numeric>
 

@@ -1,6 +1,6 @@
 #include "input.h"
 
-#include "update/get_valid_package.h"
+#include "discovery/get_valid_package.h"
 
 #include <algorithm>
 #include <cstring>

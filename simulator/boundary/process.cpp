@@ -1,6 +1,6 @@
 #include "simulator/boundary/process.h"
 
-#include "simulator/boundary.h"
+#include "simulator/boundary/protocol.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,6 +1,6 @@
 #include "prompt/prompt_screen_ardea.h"
 
-#include "display/sa1230_device.h"
+#include "lcd/sa1230_device.h"
 #include "platform/debug.h"
 #include "platform/thread.h"
 #include "prompt/key_wait.h"

@@ -1,6 +1,6 @@
 // The program's entry point: what it is called with, and who it is.
 
-#include "update/package_fit.h"
+#include "discovery/package_fit.h"
 #include "update/update_run.h"
 
 #include <algorithm>

@@ -1,12 +1,12 @@
 #include "update/update_run.h"
 
+#include "discovery/package_fit.h"
 #include "platform/debug.h"
 #include "platform/shell.h"
 #include "power/bat.h"
 #include "prompt/prompt_user.h"
 #include "unit/host_info.h"
 #include "update/install_step.h"
-#include "update/package_fit.h"
 #include "update/package_removal.h"
 
 #include <cstdio>

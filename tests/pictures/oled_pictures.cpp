@@ -9,7 +9,7 @@
 // "oled-glyphs.png" is the sheet of all glyphs of all tables. "show" draws the status screen on the
 // terminal.
 
-#include "display/ssd1327zb_fonts.h"
+#include "oled/ssd1327zb_fonts.h"
 #include "tests/support/files.h"
 #include "tests/support/spi_boundary.h"
 #include "tools/oled_status/status_screen.h"

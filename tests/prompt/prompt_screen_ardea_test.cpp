@@ -1,6 +1,6 @@
 #include "prompt/prompt_screen_ardea.h"
 
-#include "display/sa1230_device.h"
+#include "lcd/sa1230_device.h"
 
 #include "tests/support/files.h"
 #include "tests/support/key_events.h"

@@ -1,7 +1,7 @@
 // How a run ends: what the user is asked and shown, what is left for the rest of the unit, and when
 // the process ends.
 
-#include "simulator/unit.h"
+#include "simulator/unit/unit.h"
 #include "tests/run/order.h"
 
 #include <gtest/gtest.h>

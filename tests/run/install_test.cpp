@@ -1,6 +1,6 @@
 // What the install step does with the update, its script and the updater's own copy.
 
-#include "simulator/unit.h"
+#include "simulator/unit/unit.h"
 #include "tests/run/order.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "simulator/package.h"
-#include "simulator/unit.h"
+#include "simulator/unit/package.h"
+#include "simulator/unit/unit.h"
 
 #include "tests/support/files.h"
 

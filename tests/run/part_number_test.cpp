@@ -1,6 +1,6 @@
 // Which packages a unit takes, and what it says of those that it refuses.
 
-#include "simulator/unit.h"
+#include "simulator/unit/unit.h"
 #include "tests/support/pack_tmp.h"
 
 #include <gtest/gtest.h>

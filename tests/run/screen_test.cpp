@@ -1,7 +1,7 @@
 // Whole updates on a unit with the colour LCD: what its user sees, what goes over the wire, and
 // what its supplies allow.
 
-#include "simulator/unit.h"
+#include "simulator/unit/unit.h"
 #include "tests/support/shown_pictures.h"
 
 #include <gmock/gmock.h>

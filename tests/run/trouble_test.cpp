@@ -1,6 +1,6 @@
 // What the run does when something around it breaks.
 
-#include "simulator/unit.h"
+#include "simulator/unit/unit.h"
 
 #include <gtest/gtest.h>
 

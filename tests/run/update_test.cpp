@@ -1,4 +1,4 @@
-#include "simulator/unit.h"
+#include "simulator/unit/unit.h"
 
 #include <gtest/gtest.h>
 

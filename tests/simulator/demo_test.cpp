@@ -1,6 +1,6 @@
 // The demo as it is started, without a terminal, and what it draws on one.
 
-#include "simulator/screen_view.h"
+#include "simulator/demo/screen_view.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

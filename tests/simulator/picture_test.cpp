@@ -1,4 +1,4 @@
-#include "simulator/picture.h"
+#include "simulator/panels/picture.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simulator/sa1230_panel.h"
+#include "simulator/panels/sa1230_panel.h"
 
 #include "tests/support/pictures.h"
 

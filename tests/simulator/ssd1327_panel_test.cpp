@@ -1,4 +1,4 @@
-#include "simulator/ssd1327_panel.h"
+#include "simulator/panels/ssd1327_panel.h"
 
 #include <gtest/gtest.h>
 

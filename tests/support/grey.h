@@ -1,6 +1,6 @@
 #pragma once
 
-#include "display/ssd1327zb_canvas.h"
+#include "oled/ssd1327zb_canvas.h"
 
 #include <array>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/unit.h"
+#include "simulator/unit/unit.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/sa1230_panel.h"
-#include "simulator/ssd1327_panel.h"
+#include "simulator/panels/sa1230_panel.h"
+#include "simulator/panels/ssd1327_panel.h"
 
 #include <cstdint>
 #include <functional>

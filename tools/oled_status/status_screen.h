@@ -1,6 +1,6 @@
 #pragma once
 
-#include "display/canvas.h"
+#include "oled/canvas.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,11 +1,11 @@
 #include "commands.h"
 
+#include "discovery/package_candidate.h"
 #include "file_bytes.h"
 #include "package/package.h"
 #include "package_file.h"
 #include "platform/owner.h"
 #include "unit/host_info.h"
-#include "update/package_candidate.h"
 
 #include <cerrno>
 #include <cstdio>

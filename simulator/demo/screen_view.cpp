@@ -1,0 +1,129 @@
+#include "simulator/demo/screen_view.h"
+
+#include "simulator/demo/time_line.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace simulator {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int frame_columns = 2; // what is drawn around the picture
+constexpr int frame_rows = 3;    // two rules and the line of the key
+constexpr int least_columns = 20;
+
+fs::path file_of(size_t number) {
+    std::array<char, 32> name;
+    snprintf(name.data(), name.size(), "picture-%02zu.png", number);
+    return name.data();
+}
+
+// How much of source pixel `from` lies in pixel `to` of a row that is made shorter, in 1/`length`
+// of a source pixel.
+int overlap(int from, int to, int source_length, int length) {
+    const int begin = std::max(from * length, to * source_length);
+    const int end = std::min((from + 1) * length, (to + 1) * source_length);
+    return std::max(end - begin, 0);
+}
+
+using colour = std::array<int, 3>;
+
+// The mean colour of what becomes one pixel.
+colour mean(const picture &whole, int x, int y, int width, int height) {
+    std::array<int64_t, 3> sum{};
+    int64_t area = 0;
+    for (int row = y * whole.height / height; row * height < (y + 1) * whole.height; ++row) {
+        for (int column = x * whole.width / width; column * width < (x + 1) * whole.width;
+             ++column) {
+            const int64_t part = int64_t{overlap(row, y, whole.height, height)} *
+                                 overlap(column, x, whole.width, width);
+            const uint8_t *pixel = &whole.rgb[static_cast<size_t>(row * whole.width + column) * 3];
+            area += part;
+            for (size_t i = 0; i < 3; ++i) {
+                sum[i] += part * pixel[i];
+            }
+        }
+    }
+    const auto of = [&](size_t i) { return static_cast<int>(sum[i] / area); };
+    return {of(0), of(1), of(2)};
+}
+
+// "38" for the upper half of the block, "48" for the lower one, and 24 bits of colour (ECMA-48 and
+// ISO 8613-6).
+std::string in_colour(const char *half, const colour &wanted) {
+    std::array<char, 40> text;
+    snprintf(text.data(), text.size(), "\033[%s;2;%d;%d;%dm", half, wanted[0], wanted[1],
+             wanted[2]);
+    return text.data();
+}
+
+std::string line_of_blocks(const picture &whole, int line, int width, int height) {
+    std::string text;
+    colour upper_before = {-1, -1, -1}, lower_before = upper_before;
+    for (int x = 0; x < width; ++x) {
+        const colour upper = mean(whole, x, 2 * line, width, height);
+        const colour lower = mean(whole, x, 2 * line + 1, width, height);
+        text += upper != upper_before ? in_colour("38", upper) : "";
+        text += lower != lower_before ? in_colour("48", lower) : "";
+        text += "\u2580"; // the upper half of a block
+        upper_before = upper;
+        lower_before = lower;
+    }
+    return text + "\033[0m";
+}
+
+} // namespace
+
+screen_view::screen_view(const fs::path &picture_directory, const picture &dark)
+    : directory(picture_directory), now_seen(dark) {
+    fs::create_directories(directory);
+    for (size_t number = 0; fs::remove(directory / file_of(number)); ++number) {
+    }
+}
+
+bool screen_view::take(const event &happened) {
+    if (happened.kind == event_kind::screen) {
+        changed = happened.at;
+    }
+    return key.take(happened);
+}
+
+bool screen_view::take(const picture &seen) {
+    now_seen = seen;
+    if (std::ranges::find(known, seen) == known.end()) {
+        untold = file_of(known.size());
+        write_png(directory / untold, seen);
+        known.push_back(seen);
+    }
+    return true;
+}
+
+std::string screen_view::told(unit_time) {
+    if (untold.empty()) {
+        return {};
+    }
+    const std::string line = line_begin(changed, "screen") + untold + "\n";
+    untold.clear();
+    return line;
+}
+
+std::string screen_view::drawn(int columns, int rows) const {
+    // Pixels are square: two of them, one above the other, in a cell twice as high as wide. One row
+    // of the terminal stays for the time line and one for the cursor.
+    const int widest = (rows - frame_rows - 2) * 2 * now_seen.width / now_seen.height;
+    const int width = std::max(std::min({columns - frame_columns, widest, now_seen.width}),
+                               std::min(least_columns, now_seen.width));
+    const int lines = std::max(width * now_seen.height / now_seen.width / 2, 1);
+    const std::string rule = "+" + std::string(static_cast<size_t>(width), '-') + "+\n";
+    std::string drawing = rule;
+    for (int line = 0; line < lines; ++line) {
+        drawing += "|" + line_of_blocks(now_seen, line, width, 2 * lines) + "|\n";
+    }
+    return drawing + rule + "  key: " + key.name() + "\n";
+}
+
+} // namespace simulator

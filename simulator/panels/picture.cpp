@@ -1,0 +1,35 @@
+#include "simulator/panels/picture.h"
+
+#include <png.h>
+#include <stdexcept>
+
+namespace simulator {
+
+void write_png(const std::filesystem::path &path, const picture &content) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(content.width);
+    image.height = static_cast<png_uint_32>(content.height);
+    image.format = PNG_FORMAT_RGB;
+    if (!png_image_write_to_file(&image, path.c_str(), 0, content.rgb.data(), 0, nullptr)) {
+        throw std::runtime_error(path.string() + ": " + image.message);
+    }
+}
+
+picture read_png(const std::filesystem::path &path) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    picture content;
+    if (png_image_begin_read_from_file(&image, path.c_str())) {
+        image.format = PNG_FORMAT_RGB;
+        content = {static_cast<int>(image.width), static_cast<int>(image.height), {}};
+        content.rgb.resize(PNG_IMAGE_SIZE(image));
+        png_image_finish_read(&image, nullptr, content.rgb.data(), 0, nullptr);
+    }
+    if (PNG_IMAGE_FAILED(image)) {
+        throw std::runtime_error(path.string() + ": " + image.message);
+    }
+    return content;
+}
+
+} // namespace simulator

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "simulator/panels/picture.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+// The colour LCD of the screen model as its controller sees it: lines and bytes go in, and what the
+// user would see comes out. It executes the commands of the MIPI display command set that a picture
+// needs and counts whatever a real panel would not have understood.
+class sa1230_panel {
+public:
+    static constexpr int columns = 126;
+    static constexpr int rows = 294;
+
+    // What came that makes no sense; all zero as long as the driver does its work.
+    struct fault_counts {
+        int unheard = 0;          // transfers without power, in reset, or before any reset
+        int unknown_commands = 0; // bytes at the command level
+        int stray_data = 0;       // bytes at the data level that no command takes
+        int missing_data = 0;     // commands ended before they had all their data
+        int bad_windows = 0;      // ends before starts, or beyond the panel
+        int excess_pixels = 0;    // pixels after the window was full
+        int half_pixels = 0;      // memory writes ended in the middle of a pixel
+        int other_formats = 0;    // memory writes when the pixel format is not 16 bits
+
+        bool operator==(const fault_counts &) const = default;
+    };
+
+    // The lines. `level`: 0 command, anything else data. `reset(false)` holds the panel in reset.
+    void power(bool on);
+    void reset(bool high);
+    void level(int data);
+
+    // One transfer. Returns what it was, for a log: "command 2A", "data 00 7D", "pixels 4096".
+    std::string transfer(std::span<const uint8_t> bytes);
+
+    // Whether the user sees the panel's memory: powered, reset, awake, on and bright.
+    bool shows() const;
+
+    // What the user sees, upright for him: 294 x 126 pixels; black when the panel shows nothing.
+    picture seen() const;
+
+    // How often a window was written to its last pixel.
+    int pictures() const { return filled_windows; }
+
+    const fault_counts &faults() const { return counted; }
+
+private:
+    struct range {
+        int start, end;
+    };
+
+    void take_command(uint8_t code);
+    void take_data(uint8_t byte);
+    void take_pixel_byte(uint8_t byte);
+    void end_command();
+    void execute();
+    void set_range(range &which, int limit);
+    void forget();
+
+    fault_counts counted;
+    bool powered = false, in_reset = false, was_reset = false;
+    bool data_level = false;
+    bool awake = false, on = false;
+    uint8_t brightness = 0, pixel_format = 0;
+    range window_columns{}, window_rows{};
+    int command = -1;                // the command that data bytes go to, -1 for none
+    std::vector<uint8_t> parameters; // what it got so far
+    int column = 0, row = 0;         // where the next pixel goes
+    bool full = false;               // the window has been written to its end
+    int filled_windows = 0;
+    std::array<uint16_t, columns * rows> memory{};
+};
+
+} // namespace simulator

@@ -1,0 +1,155 @@
+// The unit's first process: puts the root together, starts the application and the program, and
+// collects what ends until the program has ended. With it the kernel ends all that still runs.
+
+#include "simulator/unit/init.h"
+
+#include "simulator/boundary/protocol.h"
+#include "simulator/unit/namespaces.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace simulator {
+
+namespace {
+
+std::vector<char *> pointers(const std::vector<std::string> &texts) {
+    std::vector<char *> result;
+    for (const std::string &text : texts) {
+        result.push_back(const_cast<char *>(text.c_str()));
+    }
+    result.push_back(nullptr);
+    return result;
+}
+
+void put_root_together(const std::string &root) {
+    show_system(root);
+    show_devices(root);
+    change_root(root);
+    if (mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) != 0) {
+        refuse(
+            "a /proc of its own is not allowed here (in a container, nothing may lie over /proc)");
+    }
+}
+
+void be_careless() {
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, nullptr);
+    signal(SIGCHLD, SIG_IGN);
+    close(STDIN_FILENO);
+}
+
+// Runs `command` in a child with these descriptors as its standard input, output and error.
+pid_t start(const std::vector<std::string> &command, const std::vector<std::string> &environment,
+            int input, int output, int errors, const boot &how) {
+    const pid_t child = fork();
+    if (child != 0) {
+        return child;
+    }
+    dup2(input, 0);
+    dup2(output, 1);
+    dup2(errors, 2);
+    for (const auto &[resource, value] : how.limits) {
+        const rlimit limit = {value, value};
+        setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+    }
+    signal(SIGPIPE, SIG_DFL);
+    if (how.careless_starter) {
+        be_careless();
+    }
+    execve(command[0].c_str(), pointers(command).data(), pointers(environment).data());
+    refuse(command[0]);
+}
+
+struct running {
+    pid_t application;
+    pid_t program;
+};
+
+running start_processes(const boot &how) {
+    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+    boot unlimited = how;
+    unlimited.limits.clear();
+    unlimited.careless_starter = false;
+    const std::vector<std::string> application = {"/.simulator/bin/S080_application"};
+    std::vector<std::string> observed = how.environment;
+    observed.push_back(std::string(program_variable) + "=1");
+    if (!how.application_reads_output) {
+        const pid_t first =
+            start(application, how.environment, nothing, nothing, nothing, unlimited);
+        return {first, start(how.command, observed, nothing, how.output, how.errors, how)};
+    }
+    int pipe_ends[2];
+    if (pipe2(pipe_ends, O_CLOEXEC) != 0) {
+        refuse("pipe");
+    }
+    const pid_t first =
+        start(application, how.environment, pipe_ends[0], how.output, nothing, unlimited);
+    const pid_t second = start(how.command, observed, nothing, pipe_ends[1], pipe_ends[1], how);
+    close(pipe_ends[0]);
+    close(pipe_ends[1]);
+    return {first, second};
+}
+
+// Passes signals on to the program and collects ended processes until it is among them.
+int wait_for(pid_t program, int signal_request) {
+    for (;;) {
+        pollfd request = {signal_request, POLLIN, 0};
+        poll(&request, 1, 5);
+        char number;
+        if ((request.revents & POLLIN) != 0 && read(signal_request, &number, 1) == 1) {
+            kill(program, number);
+        }
+        int status;
+        pid_t ended;
+        while ((ended = waitpid(-1, &status, WNOHANG)) > 0) {
+            if (ended == program) {
+                return status;
+            }
+        }
+    }
+}
+
+[[noreturn]] void be_first_process(const boot &how) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    put_root_together(how.root);
+    const running processes = start_processes(how);
+    const int status = wait_for(processes.program, how.signal_request);
+    [[maybe_unused]] const ssize_t told = write(how.result, &status, sizeof(status));
+    _exit(0);
+}
+
+} // namespace
+
+pid_t start_unit(const boot &how) {
+    const pid_t desk = getpid();
+    const pid_t outer = fork();
+    if (outer != 0) {
+        return outer;
+    }
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != desk) {
+        _exit(0);
+    }
+    setpgid(0, 0); // a key press of the desk's user that interrupts is the desk's to handle
+    // A process that enters a pid namespace stays outside; its next child is the first in it.
+    enter_namespaces(CLONE_NEWPID | CLONE_NEWIPC | CLONE_NEWNET | CLONE_NEWUTS);
+    const pid_t first = fork();
+    if (first == 0) {
+        be_first_process(how);
+    }
+    close(how.result);
+    waitpid(first, nullptr, 0);
+    _exit(0);
+}
+
+} // namespace simulator

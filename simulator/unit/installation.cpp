@@ -1,0 +1,82 @@
+#include "simulator/unit/installation.h"
+
+#include "simulator/boundary/protocol.h"
+
+#include <cstdlib>
+
+namespace simulator {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char program_path[] = "/.simulator/program";
+
+// The stand-ins are one program under many names, and where a unit has them.
+constexpr const char *stand_ins[] = {"/.simulator/bin/S080_application", "/.simulator/bin/reboot",
+                                     "/etc/init.d/S080_application", "/etc/init.d/rc.stop",
+                                     "/etc/init.d/umount_all"};
+
+void copy_executable(const fs::path &from, const fs::path &to) {
+    fs::create_directories(to.parent_path());
+    fs::copy_file(from, to, fs::copy_options::overwrite_existing);
+    fs::permissions(to, static_cast<fs::perms>(0755));
+}
+
+// What was built for a unit of another architecture takes the place of what was built beside the
+// desk, when such a build is named (see `unit::run`).
+const char *foreign_build() {
+    return getenv("RENEWER_FOREIGN_BUILD");
+}
+
+fs::path as_observed(const fs::path &built) {
+    const char *foreign = foreign_build();
+    return foreign == nullptr ? built : foreign / fs::relative(built, SIMULATOR_BUILD);
+}
+
+} // namespace
+
+void install_simulator(const fs::path &root, const fs::path &program) {
+    for (const char *path : stand_ins) {
+        if (!fs::exists(below(root, path))) {
+            copy_executable(SIMULATOR_STAND_IN, below(root, path));
+        }
+    }
+    // ld.so(8) puts the library directory of each process's own architecture for $LIB.
+    copy_executable(SIMULATOR_BOUNDARY,
+                    root / ".simulator/lib" / SIMULATOR_ARCHITECTURE / "boundary.so");
+    if (foreign_build() != nullptr) {
+        copy_executable(as_observed(SIMULATOR_BOUNDARY),
+                        root / ".simulator/lib/arm-linux-gnueabihf/boundary.so");
+    }
+    copy_executable(as_observed(program.empty() ? SIMULATOR_PROGRAM : program),
+                    below(root, program_path));
+}
+
+std::vector<std::string> environment_of(const unit_plan &plan) {
+    std::vector<std::string> result = {
+        "PATH=/.simulator/bin:/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C", "HOME=/",
+        "LD_PRELOAD=/.simulator/$LIB/boundary.so",
+        // The boundary stands ahead of the sanitizers' own libraries.
+        "ASAN_OPTIONS=verify_asan_link_order=0:log_path=/.simulator/report",
+        "UBSAN_OPTIONS=log_path=/.simulator/report",
+        // A forked child takes a thread of its parent's that has ended for one that nobody joins.
+        "TSAN_OPTIONS=report_thread_leaks=0:log_path=/.simulator/report",
+        std::string(speed_variable) + "=" + std::to_string(plan.clock_speed)};
+    for (const auto &[name, value] : plan.environment) {
+        result.push_back(name + "=" + value);
+    }
+    return result;
+}
+
+std::vector<std::string> command_of(const std::vector<std::string> &arguments) {
+    std::vector<std::string> command;
+    if (const char *runner = getenv("RENEWER_RUNNER")) {
+        command.emplace_back(runner);
+    }
+    command.emplace_back(program_path);
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return command;
+}
+
+} // namespace simulator

@@ -1,0 +1,184 @@
+// The file tree of a unit as it stands before a run.
+
+#include "simulator/unit/description.h"
+
+#include <cmath>
+#include <fstream>
+#include <stdexcept>
+#include <sys/stat.h>
+
+namespace simulator {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char *directories[] = {"/update/hw",
+                                       "/firmware/update",
+                                       "/data/app/log",
+                                       "/data/sbin",
+                                       "/reserve/update",
+                                       "/media/sda1",
+                                       "/mnt",
+                                       "/tmp",
+                                       "/dev/input",
+                                       "/etc/init.d",
+                                       "/sys/class/leds",
+                                       "/proc",
+                                       "/var/log"};
+
+constexpr const char *leds[] = {"Light_Static_Data", "Light_Gps",    "Light_Data_Se",
+                                "Light_Data_Re",     "Light_Charge", "Light_Power",
+                                "Oled_Power",        "Oled_Rst"};
+
+void write_file(const fs::path &path, std::string_view content, unsigned mode) {
+    fs::create_directories(path.parent_path());
+    fs::remove(path);
+    std::ofstream(path, std::ios::binary) << content;
+    fs::permissions(path, static_cast<fs::perms>(mode));
+}
+
+// The raw counts of the converter behind a voltage, by the inputs' divider and offset.
+std::string battery_count(double volts) {
+    return std::to_string(std::lround(volts * 1023.0 / (5.255 * 1.8)));
+}
+
+std::string external_count(double volts) {
+    return std::to_string(std::max(0L, std::lround((volts * 1000.0 - 339.0) / 40.84)));
+}
+
+std::string type_c_count(double volts) {
+    return std::to_string(std::lround(volts * 1023.0 / 18.0));
+}
+
+constexpr const char usb_mode_path[] = "/sys/kernel/debug/ffd00000.dwc3/mode";
+constexpr const char key_device_path[] = "/dev/input/event1";
+
+std::string adc_path(int channel) {
+    return "/sys/bus/iio/devices/iio:device0/in_voltage" + std::to_string(channel) + "_raw";
+}
+
+// Seven bytes that nobody reads, then the part number.
+std::string host_record(std::string_view part_number) {
+    return "unit 1 " + std::string(part_number) + '\0';
+}
+
+constexpr const char usual_install_script[] = "#!/bin/sh\n"
+                                              "echo installing\n"
+                                              "echo installed\n";
+
+} // namespace
+
+fs::path below(const fs::path &root, std::string_view path) {
+    return root / fs::path(path).relative_path();
+}
+
+void make_usual_tree(const fs::path &root) {
+    const auto put = [&](std::string_view path, std::string_view content, unsigned mode = 0644) {
+        write_file(below(root, path), content, mode);
+    };
+    for (const char *directory : directories) {
+        fs::create_directories(below(root, directory));
+    }
+    for (const char *led : leds) {
+        put(std::string("/sys/class/leds/") + led + "/brightness", "0\n");
+    }
+    put("/update/hw/sys", host_record("1013563400120000"));
+    put(adc_path(1), battery_count(8.2) + "\n");
+    put(adc_path(2), external_count(12.0) + "\n");
+    put(adc_path(3), "0\n");
+    put(usb_mode_path, "device\n");
+    for (const char *input : {"7Pin_Detect", "Batter_A_Detect", "Batter_B_Detect"}) {
+        put(std::string("/sys/class/misc/gpio-misc/") + input + "/value", "1\n");
+    }
+    put("/firmware/update/install.sh", usual_install_script, 0755);
+    put("/firmware/update/renewer.bin", "the updater of this update\n", 0755);
+    put("/data/sbin/renewer", "the installed updater\n", 0755);
+    put(lcd_node, "");
+    put(oled_node, "");
+    mkfifo(below(root, key_device_path).c_str(), 0600);
+}
+
+unit &unit::model(std::string_view two_characters) {
+    return part_number("10" + std::string(two_characters) + "563400120000");
+}
+
+unit &unit::part_number(std::string_view pn) {
+    return file("/update/hw/sys", host_record(pn));
+}
+
+unit &unit::file(std::string_view path, std::string_view content, unsigned mode) {
+    plan->tree_changes.push_back(
+        [path = std::string(path), content = std::string(content), mode](const fs::path &root) {
+            write_file(below(root, path), content, mode);
+        });
+    return *this;
+}
+
+unit &unit::directory(std::string_view path) {
+    plan->tree_changes.push_back([path = std::string(path)](const fs::path &root) {
+        fs::create_directories(below(root, path));
+    });
+    return *this;
+}
+
+unit &unit::link(std::string_view path, std::string_view target) {
+    plan->tree_changes.push_back(
+        [path = std::string(path), target = std::string(target)](const fs::path &root) {
+            fs::create_directories(below(root, path).parent_path());
+            fs::create_symlink(target, below(root, path));
+        });
+    return *this;
+}
+
+unit &unit::without(std::string_view path) {
+    plan->tree_changes.push_back(
+        [path = std::string(path)](const fs::path &root) { fs::remove_all(below(root, path)); });
+    return *this;
+}
+
+unit &unit::install_script(std::string_view text) {
+    return file("/firmware/update/install.sh", text, 0755);
+}
+
+unit &unit::adc(int channel, std::string_view text) {
+    return file(adc_path(channel), text);
+}
+
+unit &unit::battery_volts(double volts) {
+    return adc(1, battery_count(volts) + "\n");
+}
+
+unit &unit::external_volts(double volts) {
+    return adc(2, external_count(volts) + "\n");
+}
+
+unit &unit::without_external_power() {
+    return adc(2, "0\n").adc(3, "0\n");
+}
+
+unit &unit::type_c_volts(double volts) {
+    return adc(3, type_c_count(volts) + "\n");
+}
+
+unit &unit::usb_mode(std::string_view text) {
+    return file(usb_mode_path, std::string(text) + "\n");
+}
+
+unit &unit::with_prompt_pictures() {
+    plan->tree_changes.push_back([](const fs::path &root) {
+        fs::copy(SIMULATOR_PICTURES, below(root, "/reserve/update"),
+                 fs::copy_options::overwrite_existing | fs::copy_options::recursive);
+    });
+    return *this;
+}
+
+unit &unit::dead_key_device() {
+    return without(key_device_path).file(key_device_path, "");
+}
+
+unit &unit::failing_key_device() {
+    return without(key_device_path).directory(key_device_path); // read(2) of one gives EISDIR
+}
+
+} // namespace simulator

@@ -1,0 +1,202 @@
+#pragma once
+
+#include "simulator/panels/sa1230_panel.h"
+#include "simulator/panels/ssd1327_panel.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A unit on the desk. A description of a unit and of what happens to it is built up, the
+// unmodified program is run in it, and what it did comes back as a time line and a file tree:
+//
+//     const outcome end = unit()
+//                             .model("13")
+//                             .press(key::ok, after("led Light_Gps 255", 1s))
+//                             .acknowledge_end(3s)
+//                             .run({"1", "/media/sda1/update", "34"});
+//
+// The program sees the absolute paths of a unit, a shell with the usual commands, and devices that
+// answer; it can neither see nor change anything outside, and nothing of it goes on running after
+// `run` has returned. Needs user namespaces, not root.
+namespace simulator {
+
+using namespace std::chrono_literals;
+
+// Time as the unit sees it. The unit's clock can run faster than the desk's (`clock_speed`).
+using unit_time = std::chrono::milliseconds;
+
+enum class event_kind {
+    out,    // a line (or an unfinished line) on the program's standard output
+    err,    // the same on its standard error
+    led,    // "Light_Gps 255": a value written to an LED-class file
+    shell,  // a command line that the program handed to the system shell
+    alarm,  // "60 s": a time limit was set ("0 s": it was cancelled)
+    signal, // "15 to install.sh": a signal was sent
+    sleep,  // "10 s", "0.1 s": a sleep was asked for
+    wait,   // "0.3 s": a wait for a descriptor was asked for
+    spi,    // "command 2A", "data 00 7D", "pixels 4096": a transfer that the panel took
+    screen, // "picture 0": the panel shows another picture, see `outcome::pictures`
+    call,   // a stand-in of the unit ran: "rc.stop", "reboot", "S080_application ended"
+    act,    // what the description made happen: "press ok", "remove /tmp/update_over"
+    exit,   // "status 0", "signal 9": the program ended
+};
+
+std::string_view name_of(event_kind kind); // "out", "err", "led" and so on
+
+struct event {
+    unit_time at; // since the program was started
+    event_kind kind;
+    std::string text;
+
+    std::string line() const; // "led Light_Gps 255"
+};
+
+// A moment of a run: `delay` after the `occurrence`-th event whose line (see `event::line`)
+// contains `line`; an empty `line` is the start of the run.
+struct moment {
+    std::string line;
+    unit_time delay{};
+    int occurrence = 1;
+};
+
+inline moment after(std::string line, unit_time delay, int occurrence = 1) {
+    return {std::move(line), delay, occurrence};
+}
+inline moment at(unit_time since_start) {
+    return {"", since_start, 1};
+}
+
+// Event codes of the front-panel keys.
+enum class key : uint16_t { ok = 2, right = 3, left = 4, down = 5, up = 6, esc = 7, power = 8 };
+
+// What a run left behind. The tree is removed with the last copy of the outcome, unless the
+// environment variable RENEWER_KEEP_UNIT is set.
+struct outcome {
+    std::vector<event> events;
+    int exit_status = -1;   // -1 when the program was ended by a signal or by the real-time limit
+    int ended_by = 0;       // the signal's number, 0 for none
+    bool timed_out = false; // ended by the desk (see `unit::patience` and `unit::stop_when`)
+    long peak_memory_kib = 0;
+    // What the screen showed, one after the other; a picture stands until the next one does.
+    std::vector<picture> pictures;
+    // As they were left: the LCD behind "/dev/spidev1.0", the OLED behind "/dev/spidev0.0".
+    sa1230_panel panel;
+    ssd1327_panel oled;
+    std::shared_ptr<const std::filesystem::path> tree;
+
+    // The lines of the events of these kinds (all kinds when none is named), one a line.
+    std::string transcript(std::initializer_list<event_kind> kinds = {}) const;
+
+    // What was printed on standard output, as it came.
+    std::string output() const;
+    std::string errors() const;
+
+    bool has(std::string_view line) const; // whether some event's line contains `line`
+    int count(std::string_view line) const;
+    // The time of the `occurrence`-th event whose line contains `line`; nothing when there is none.
+    std::optional<unit_time> when(std::string_view line, int occurrence = 1) const;
+
+    // The content of a file of the tree, by its path on the unit; nothing when it does not exist.
+    std::optional<std::string> file(std::string_view path) const;
+    bool exists(std::string_view path) const; // links are not followed
+    // Path, kind and size of everything below a path of the unit, sorted, one a line.
+    std::string listing(std::string_view path) const;
+};
+
+class unit {
+public:
+    unit();
+
+    // PN characters 2 and 3 ("13": LEDs, "16": screen), in a PN that is otherwise usual:
+    // "10<model>563400120000". Characters: 0,1 "10"; 4,5 "56"; 6,7 "34" (GNSS board); 8,9 "00"
+    // (GPRS); 10,11 "12" (radio).
+    unit &model(std::string_view two_characters);
+    unit &part_number(std::string_view pn);
+
+    // Adds to or changes the tree, by paths of the unit. Parents are made as needed.
+    unit &file(std::string_view path, std::string_view content, unsigned mode = 0644);
+    unit &directory(std::string_view path);
+    unit &link(std::string_view path, std::string_view target);
+    unit &without(std::string_view path); // a file or a directory with all in it
+
+    // The script that the update brings as "/firmware/update/install.sh"; by default it prints two
+    // lines and succeeds. Written as it stands, so it needs its own "#!" line if it wants one.
+    unit &install_script(std::string_view text);
+
+    // The update comes as this package of the new layout (renewer-pack makes them): it is unpacked
+    // into "/firmware/update", in place of what is usually there, and its header left in
+    // "/data/app/log/pack_tmp", as the unit's main application does before it starts the updater.
+    unit &package(const std::filesystem::path &file);
+
+    // Supplies. The defaults are a full battery and an external 12 V supply.
+    unit &adc(int channel, std::string_view text); // "in_voltage<channel>_raw"
+    unit &battery_volts(double volts);             // of the whole battery (two cells)
+    unit &external_volts(double volts);            // DC input
+    unit &without_external_power();
+    unit &type_c_volts(double volts);
+    unit &usb_mode(std::string_view text); // "host", "device"
+
+    // The LCD: after this many SPI transfers all others fail.
+    unit &spi_transfers_that_work(int count);
+    // The prompt pictures of the desk in "/reserve/update" (confirm, updating frames, results).
+    unit &with_prompt_pictures();
+
+    // The key device: a descriptor that is always readable and gives 0 bytes (a dead device), or
+    // reads that fail (`key_device_failing`), or none (`without("/dev/input/event1")`).
+    unit &dead_key_device();
+    unit &failing_key_device();
+
+    // What happens during the run. Key events carry as their time 1000 s and the moment's delay.
+    unit &press(key which, const moment &when); // a press and, 100 ms later, its release; each
+                                                // followed by a synchronisation event
+    unit &key_event(uint16_t code, int32_t value, const moment &when); // one 16-byte event
+    unit &acknowledge_end(unit_time delay); // removes "/tmp/update_over" that long after it is made
+    unit &remove(std::string_view path, const moment &when);
+    unit &write(std::string_view path, std::string_view content, const moment &when);
+    unit &kill_program(int signal, const moment &when);
+    // Runs `action` with the directory that holds the unit's tree.
+    unit &does(std::string_view name, std::function<void(const std::filesystem::path &)> action,
+               const moment &when);
+
+    // The application holds the other end of the program's output and stops reading when it ends.
+    unit &output_read_by_application();
+
+    // The program is started with every signal blocked, SIGCHLD ignored and no standard input.
+    unit &careless_starter();
+
+    // Memory, files and processes that the program may use (setrlimit), by resource number.
+    unit &limit(int resource, uint64_t value);
+
+    unit &clock_speed(double times);                // default 40
+    unit &patience(std::chrono::seconds real_time); // default 60 s; then the run is ended
+    unit &environment(std::string_view name, std::string_view value);
+    // Called with each event as it happens.
+    unit &watch(std::function<void(const event &)> watcher);
+    // Called with each picture that the screen shows.
+    unit &watch_screen(std::function<void(const picture &)> watcher);
+    // The run is ended when this becomes true, as by a signal handler of the desk's.
+    unit &stop_when(const std::atomic<bool> &requested);
+
+    // Another program instead of the updater (a driver of a test), by its path on the desk.
+    unit &program(const std::filesystem::path &path);
+
+    // Runs the program with these arguments until it ends. Two environment variables let a unit of
+    // another architecture be run: RENEWER_FOREIGN_BUILD names a build directory from which the
+    // program is taken instead, RENEWER_RUNNER the emulator that runs it.
+    outcome run(const std::vector<std::string> &arguments);
+
+private:
+    std::shared_ptr<struct unit_plan> plan;
+};
+
+} // namespace simulator

@@ -1,0 +1,340 @@
+#include "lcd/sa1230_device.h"
+
+#include "lcd/sa1230_pictures.h"
+
+#include "tests/support/files.h"
+#include "tests/support/output.h"
+#include "tests/support/pictures.h"
+#include "tests/support/spi_boundary.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+
+using namespace renewer;
+
+namespace {
+
+constexpr const char device[] = "/dev/spidev1.0";
+const simulator::sa1230_panel::fault_counts no_faults;
+
+constexpr const char start_up[] = "set mode 0\nget mode 0\n"
+                                  "set bits 8\nget bits 8\n"
+                                  "set speed 50000000\nget speed 50000000\n"
+                                  "shell echo 255 > /sys/class/leds/Oled_Power/brightness\n"
+                                  "wait 5000 us\n"
+                                  "shell echo 255 > /sys/class/leds/Oled_Rst/brightness\n"
+                                  "wait 5000 us\n"
+                                  "shell echo 0   > /sys/class/leds/Oled_Rst/brightness\n"
+                                  "wait 5000 us\n"
+                                  "shell echo 255 > /sys/class/leds/Oled_Rst/brightness\n"
+                                  "wait 15000 us\n"
+                                  "command level\ncommand FE\ndata level\ndata 00\n"
+                                  "command level\ncommand 2A\ndata level\ndata 00\n"
+                                  "data level\ndata 00\ndata level\ndata 00\ndata level\ndata 7D\n"
+                                  "command level\ncommand 2B\ndata level\ndata 00\n"
+                                  "data level\ndata 00\ndata level\ndata 01\ndata level\ndata 25\n"
+                                  "command level\ncommand 35\ndata level\ndata 00\n"
+                                  "command level\ncommand 51\ndata level\ndata FF\n"
+                                  "command level\ncommand 3A\ndata level\ndata 05\n"
+                                  "command level\ncommand 11\nwait 150000 us\n"
+                                  "command level\ncommand 29\nwait 150000 us\n";
+
+// An open LCD; nothing of what was asked for so far counts.
+struct sa1230_device : testing::Test {
+    int fd = -1;
+
+    void SetUp() override {
+        put_file(device, "");
+        fd = sa1230_open(device);
+        ASSERT_GE(fd, 0);
+        spi().forget();
+    }
+    void TearDown() override { close(fd); }
+};
+
+std::string full_frame(const std::string &last_column, const std::string &last_row) {
+    std::string text = "command level\ncommand 2A\ndata level\ndata 00 00 " + last_column +
+                       "\ncommand level\ncommand 2B\ndata level\ndata 00 00 " + last_row +
+                       "\ncommand level\ncommand 2C\ndata level\n";
+    for (int i = 0; i < 18; ++i) {
+        text += "pixels 4096\n";
+    }
+    return text + "pixels 360\n";
+}
+
+// What the user sees of pixels of red, green and blue on a panel of 16 bits a pixel.
+std::vector<uint8_t> shown(const std::string &pixels) {
+    std::vector<uint8_t> result;
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        const int lost_bits = i % 3 == 1 ? 2 : 3;
+        const int kept = static_cast<uint8_t>(pixels[i]) >> lost_bits << lost_bits;
+        result.push_back(static_cast<uint8_t>(kept | kept >> (8 - lost_bits)));
+    }
+    return result;
+}
+
+void put_picture(const std::string &name, int width, int height, const std::string &pixels) {
+    put_file("/reserve/update/" + name, bmp_of(width, height, pixels));
+}
+
+TEST(sa1230_open, starts_the_panel_up) {
+    put_file(device, "");
+    const int fd = sa1230_open(device);
+    ASSERT_GE(fd, 0);
+    EXPECT_EQ(fcntl(fd, F_GETFL) & (O_ACCMODE | O_NONBLOCK), O_RDWR | O_NONBLOCK);
+    EXPECT_EQ(fcntl(fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    EXPECT_EQ(spi().transcript, start_up);
+    EXPECT_EQ(spi().panel.faults(), no_faults);
+    EXPECT_TRUE(spi().panel.shows());
+    close(fd);
+}
+
+TEST(sa1230_open, works_with_what_the_link_accepts) {
+    put_file(device, "");
+    spi().highest_speed = 33000000;
+    const int fd = sa1230_open(device);
+    EXPECT_NE(spi().transcript.find("set speed 50000000\nget speed 33000000\n"), std::string::npos);
+    EXPECT_EQ(spi().transcript.find("wrong"), std::string::npos);
+    close(fd);
+}
+
+TEST(sa1230_open, says_that_there_is_no_device) {
+    output_listener printed;
+    EXPECT_EQ(sa1230_open("/dev/spidev9.9"), -1);
+    EXPECT_EQ(printed.text, "spi_oled__open: /dev/spidev9.9 error!\n");
+    EXPECT_EQ(spi().transcript, "");
+}
+
+TEST_F(sa1230_device, shows_a_picture_that_another_program_wrote_and_turned) {
+    const std::string pixels = random_pixels(294, 126);
+    put_picture("confirm.bmp", 294, 126, pixels);
+    EXPECT_EQ(sa1230_update(fd, 131), 0);
+    EXPECT_EQ(spi().transcript, full_frame("00 7D", "01 25"));
+    const std::string turned = netpbm("pnmflip -quiet -ccw", ppm_of(294, 126, pixels));
+    EXPECT_TRUE(spi().pixels == rgb565_of(turned.substr(turned.size() - 294 * 126 * 3)));
+    EXPECT_TRUE(spi().panel.seen().rgb == shown(pixels));
+    EXPECT_EQ(spi().panel.faults(), no_faults);
+    EXPECT_EQ(spi().panel.pictures(), 1);
+}
+
+TEST_F(sa1230_device, shows_small_pictures_at_the_first_row_and_column) {
+    put_picture("confirm.bmp", 2, 1, std::string("\xFF\0\0\0\0\xFF", 6));
+    EXPECT_EQ(sa1230_update(fd, 131), 0);
+    EXPECT_EQ(spi().transcript, "command level\ncommand 2A\ndata level\ndata 00 00 00 00\n"
+                                "command level\ncommand 2B\ndata level\ndata 00 00 00 01\n"
+                                "command level\ncommand 2C\ndata level\npixels 4\n");
+    EXPECT_EQ(spi().pixels, std::string("\x00\x1F\xF8\x00", 4)) << "the right one first";
+}
+
+TEST_F(sa1230_device, refuses_pictures_that_do_not_fit) {
+    for (const auto &[width, height] : {std::pair(295, 126), {294, 127}, {126, 294}, {600, 1}}) {
+        put_picture("success.bmp", width, height, random_pixels(width, height));
+        output_listener printed;
+        EXPECT_EQ(sa1230_update(fd, 132), -1);
+        EXPECT_EQ(printed.text, "out of range\n");
+        EXPECT_EQ(spi().transcript, "");
+    }
+}
+
+TEST_F(sa1230_device, refuses_layers_without_pixels) {
+    uint8_t pixel[2] = {};
+    for (const sa1230_layer &layer : {sa1230_layer{nullptr, 0, 0, 1, 1},
+                                      {pixel, 0, 0, 0, 1},
+                                      {pixel, 0, 0, 1, 0},
+                                      {pixel, 0, 0, -1, -1}}) {
+        output_listener printed;
+        EXPECT_EQ(sa1230_show_layer(fd, layer), -1);
+        EXPECT_EQ(printed.text, "input err\n");
+    }
+    output_listener printed;
+    EXPECT_EQ(sa1230_show_layer(-1, {pixel, 0, 0, 1, 1}), -1);
+    EXPECT_EQ(printed.text, "");
+    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(sa1230_show_layer(fd, {pixel, 40, -3, 1, 1}), 0) << "its place does not count";
+    EXPECT_NE(spi().transcript.find("data 00 00 00 00"), std::string::npos);
+}
+
+TEST_F(sa1230_device, goes_on_after_a_failed_transfer) {
+    put_picture("failure.bmp", 294, 126, random_pixels(294, 126));
+    const struct {
+        int failing;
+        const char *replaced, *by, *output;
+    } cases[] = {
+        {1, "command 2A\n", "failed transfer of 1\n", "spi_write_cmd: ioctl command error!\n"},
+        {2, "data 00 00 00 7D\n", "failed transfer of 4\n",
+         "spi_write_data: ioctl command error Input/output error!\n"},
+        {24, "pixels 360\n", "failed transfer of 360\n",
+         "spi_write_data: ioctl command error Input/output error!\n"},
+        {9, "pixels 4096\n", "failed transfer of 4096\n",
+         "spi_write_data: ioctl command error Input/output error!\n"},
+    };
+    for (const auto &[failing, replaced, by, output] : cases) {
+        spi().forget();
+        spi().failing = {failing};
+        output_listener printed;
+        EXPECT_EQ(sa1230_update(fd, 133), 0);
+        EXPECT_EQ(printed.text, output);
+        EXPECT_EQ(spi().transfers, 5 + 19);
+        std::string expected = full_frame("00 7D", "01 25");
+        size_t place = expected.find(replaced);
+        for (int chunk = 6; chunk < failing && failing < 24; ++chunk) {
+            place += strlen("pixels 4096\n");
+        }
+        expected.replace(place, strlen(replaced), by);
+        EXPECT_EQ(spi().transcript, expected) << failing;
+    }
+}
+
+TEST_F(sa1230_device, cuts_large_data_into_transfers) {
+    const std::vector<uint8_t> bytes(3 * 4096);
+    const struct {
+        int length, result;
+        const char *sizes;
+    } cases[] = {
+        {-5000, 0, ""},
+        {0, 0, ""},
+        {4096, 4096, "pixels 4096\n"},
+        {4097, 1, "pixels 4096\npixels 1\n"},
+        {8192, 4096, "pixels 4096\npixels 4096\n"},
+    };
+    sa1230_write_ram_prepare(fd);
+    for (const auto &[length, result, sizes] : cases) {
+        spi().forget();
+        EXPECT_EQ(spi_write_big_data(fd, bytes.data(), length), result);
+        EXPECT_EQ(spi().transcript, "data level\n" + std::string(sizes)) << length;
+    }
+    spi().forget();
+    spi().failing = {1, 2};
+    output_listener printed;
+    EXPECT_EQ(spi_write_big_data(fd, bytes.data(), 4097), -1) << "the last one failed too";
+    EXPECT_EQ(spi().transfers, 2);
+}
+
+TEST_F(sa1230_device, transfers_refuse_what_is_missing) {
+    const uint8_t byte = 0;
+    output_listener printed;
+    EXPECT_EQ(spi_write_cmds(-1, &byte, 1), -1);
+    EXPECT_EQ(spi_write_cmds(fd, nullptr, 1), -1);
+    EXPECT_EQ(spi_write_data(-1, &byte, 1), -1);
+    EXPECT_EQ(spi_write_data(fd, nullptr, 1), -1);
+    EXPECT_EQ(spi_write_big_data(-1, &byte, 1), -1);
+    EXPECT_EQ(spi_write_big_data(fd, nullptr, 1), -1);
+    EXPECT_EQ(printed.text, "spi_write_cmd: file descriptor error!\n"
+                            "spi_write_cdd: NULL pointer to command!\n"
+                            "spi_write_data: file descriptor error!\n"
+                            "spi_write_data: NULL pointer to command!\n"
+                            "spi_write_data: file descriptor error!\n"
+                            "spi_write_data: NULL pointer to command!\n");
+    EXPECT_EQ(spi().transcript, "");
+}
+
+TEST_F(sa1230_device, finds_the_picture_of_each_index) {
+    const struct {
+        int index;
+        const char *name; // nothing: no such picture
+    } cases[] = {
+        {0, "updating_0.bmp"},
+        {1, "updating_1.bmp"},
+        {128, "updating_128.bmp"},
+        {131, "confirm.bmp"},
+        {132, "success.bmp"},
+        {133, "failure.bmp"},
+        {134, "notallow.bmp"},
+        {-1, ""},
+        {129, ""},
+        {130, ""},
+        {135, ""},
+        {INT32_MAX, ""},
+        {INT32_MIN, ""},
+    };
+    for (const auto &[index, name] : cases) {
+        output_listener printed;
+        EXPECT_EQ(sa1230_update(fd, index), -1);
+        EXPECT_EQ(printed.text,
+                  *name ? "open /reserve/update/" + std::string(name) + " failed\nread bmp err\n"
+                        : "bmp name error!\n");
+    }
+    EXPECT_EQ(spi().transcript, "");
+}
+
+template <size_t size>
+std::string as_text(const std::array<uint8_t, size> &pixels) {
+    return std::string(pixels.begin(), pixels.end());
+}
+
+TEST_F(sa1230_device, shows_the_built_in_pictures_in_the_middle) {
+    const struct {
+        int x, y, width, height;
+        std::string pixels;
+    } pictures[] = {
+        {60, 44, 174, 39, as_text(updating_bmp)},
+        {10, 29, 275, 68, as_text(update_now_bmp)},
+        {24, 44, 247, 38, as_text(update_success_bmp)},
+        {37, 44, 221, 39, as_text(update_failed_bmp)},
+    };
+    for (uint32_t number = 0; number < 4; ++number) {
+        put_picture("notallow.bmp", 294, 126, random_pixels(294, 126));
+        sa1230_update(fd, 134);
+        spi().forget();
+        EXPECT_EQ(sa1230_default(fd, number), 0);
+        EXPECT_EQ(spi().transcript, full_frame("00 7D", "01 25"));
+
+        const auto &[x, y, width, height, pixels] = pictures[number];
+        std::string surface(294 * 126 * 2, '\0');
+        for (int row = 0; row < height; ++row) {
+            const size_t size = static_cast<size_t>(width) * 2;
+            surface.replace(static_cast<size_t>((y + row) * 294 + x) * 2, size, pixels,
+                            static_cast<size_t>(row) * size, size);
+        }
+        std::string turned;
+        for (int column = 293; column >= 0; --column) {
+            for (int row = 0; row < 126; ++row) {
+                turned.append(surface, static_cast<size_t>(row * 294 + column) * 2, 2);
+            }
+        }
+        EXPECT_TRUE(spi().pixels == turned) << number;
+    }
+}
+
+TEST_F(sa1230_device, has_no_other_built_in_picture) {
+    output_listener printed;
+    EXPECT_EQ(sa1230_default(fd, 4), 0);
+    EXPECT_EQ(sa1230_default(fd, UINT32_MAX), 0);
+    EXPECT_EQ(printed.text, "4 is out range\n-1 is out range\n");
+    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(sa1230_default(-1, 1), 0) << "what cannot be sent goes unseen";
+}
+
+// White letters with soft edges on black, and as wide as their place allows.
+TEST(sa1230_pictures, are_white_on_black) {
+    const struct {
+        std::string pixels;
+        int width;
+    } pictures[] = {{as_text(updating_bmp), 174},
+                    {as_text(update_now_bmp), 275},
+                    {as_text(update_success_bmp), 247},
+                    {as_text(update_failed_bmp), 221}};
+    for (const auto &[pixels, width] : pictures) {
+        int white = 0, black = 0, grey = 0, left = width, right = 0;
+        for (size_t i = 0; i < pixels.size(); i += 2) {
+            const int value =
+                static_cast<uint8_t>(pixels[i]) << 8 | static_cast<uint8_t>(pixels[i + 1]);
+            const int red = value >> 11, green = value >> 5 & 0x3F, blue = value & 0x1F;
+            EXPECT_TRUE(red == blue && green / 2 == red) << "a colour";
+            white += value == 0xFFFF;
+            black += value == 0;
+            grey += value != 0 && value != 0xFFFF;
+            if (value != 0) {
+                left = std::min(left, static_cast<int>(i / 2) % width);
+                right = std::max(right, static_cast<int>(i / 2) % width);
+            }
+        }
+        EXPECT_GT(white, 500);
+        EXPECT_GT(grey, 500);
+        EXPECT_GT(black, white + grey);
+        EXPECT_LE(std::abs(left - (width - 1 - right)), 1) << "not in the middle";
+    }
+}
+
+} // namespace
