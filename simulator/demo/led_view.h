@@ -3,8 +3,6 @@
 #include "simulator/demo/front_panel.h"
 
 #include <array>
-#include <map>
-#include <string>
 
 namespace simulator {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/unit/event.h"
+#include "simulator/unit/unit.h"
 
 namespace simulator {
 

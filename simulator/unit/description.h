@@ -1,18 +1,8 @@
 #pragma once
 
-#include "simulator/panels/picture.h"
-#include "simulator/unit/event.h"
+#include "simulator/unit/unit.h"
 
-#include <atomic>
-#include <chrono>
-#include <cstdint>
-#include <filesystem>
-#include <functional>
-#include <map>
-#include <string>
-#include <string_view>
 #include <utility>
-#include <vector>
 
 namespace simulator {
 

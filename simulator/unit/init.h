@@ -1,11 +1,8 @@
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
-#include <string>
+#include "simulator/unit/unit.h"
+
 #include <sys/types.h>
-#include <utility>
-#include <vector>
 
 namespace simulator {
 

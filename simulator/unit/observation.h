@@ -1,9 +1,6 @@
 #pragma once
 
 #include "simulator/unit/description.h"
-#include "simulator/unit/outcome.h"
-
-#include <optional>
 
 namespace simulator {
 

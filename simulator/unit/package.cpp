@@ -1,7 +1,6 @@
 #include "simulator/unit/package.h"
 
 #include "simulator/unit/description.h"
-#include "simulator/unit/unit.h"
 
 #include <cstdint>
 #include <cstring>

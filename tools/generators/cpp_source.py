@@ -1,0 +1,16 @@
+"""C++ sources that hold nothing but bytes."""
+
+
+def write_arrays(path, header, arrays):
+    """Writes a file that defines constants of namespace renewer as `header` declares them.
+
+    `arrays` holds the bytes of each by its type and name.
+    """
+    with open(path, "w", encoding="ascii") as file:
+        print(f'// Made at build time.\n#include "{header}"\n\nnamespace renewer {{', file=file)
+        for declaration, data in arrays.items():
+            print(f"\nconst {declaration} = {{", file=file)
+            for i in range(0, len(data), 24):
+                print(",".join(map(str, data[i : i + 24])) + ",", file=file)
+            print("};", file=file)
+        print("\n} // namespace renewer", file=file)

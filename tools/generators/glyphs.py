@@ -1,0 +1,171 @@
+#!/usr/bin/env python3
+"""Makes the OLED's glyph tables, and looks after the texts that are drawn with them.
+
+    glyphs.py LISTS source HEX_FONT HEADER FILE
+    glyphs.py LISTS check SOURCE...
+
+"source" writes a C++ file that defines the tables as HEADER declares them, from the characters in
+LISTS (the file itself says how it reads) and a font of 16 rows in the .hex format: lines of a code
+point and, after a colon, the rows from the top in hexadecimal, 2 or 4 digits each. "check" names
+each character in the quoted texts of C++ files that is neither ASCII nor one of the ideographs,
+and fails when there is one.
+"""
+
+import argparse
+import re
+import sys
+
+from cpp_source import write_arrays
+
+NARROW, WIDE, ROWS = 8, 16, 16
+COUNTS = {"symbols": 32, "ideographs": 196, "repeats": 2, "signs": 1, "cyrillic": 66, "latin": 24}
+
+
+class Refused(Exception):
+    pass
+
+
+def read_text(path):
+    try:
+        with open(path, encoding="utf-8") as file:
+            return file.read()
+    except UnicodeDecodeError:
+        raise Refused("not UTF-8")
+    except OSError:
+        raise Refused(f"cannot read {path}")
+
+
+def read_lists(path):
+    """The characters of each part, as one text."""
+    lists = dict.fromkeys(COUNTS, "")
+    for line in read_text(path).splitlines():
+        if not line or line.startswith("#"):
+            continue
+        part, blank, characters = line.partition(" ")
+        if part not in lists or not blank:
+            raise Refused(f'cannot follow "{line}"')
+        for character in characters.rpartition(":")[2].replace(" ", ""):
+            # A word may have an ideograph that an earlier one has brought.
+            if part != "ideographs" or character not in lists[part]:
+                lists[part] += character
+    for part, count in COUNTS.items():
+        if len(lists[part]) != count:
+            raise Refused(f"{part}: {len(lists[part])} characters instead of {count}")
+    for character in lists["ideographs"]:
+        if not "\u4e00" <= character <= "\u9fa5":
+            raise Refused(f"{character} is no ideograph that a text may hold")
+    for character in lists["repeats"]:
+        if character not in lists["ideographs"]:
+            raise Refused(f"{character} repeats nothing")
+    return lists
+
+
+def read_font(path):
+    """The hexadecimal digits of each character's rows."""
+    font = {}
+    for line in read_text(path).splitlines():
+        form = re.fullmatch("([0-9A-F]{4,6}):([0-9A-F]{32}|[0-9A-F]{64})", line)
+        if not form:
+            raise Refused(f'{path}: cannot follow "{line}"')
+        font[chr(int(form[1], 16))] = form[2]
+    return font
+
+
+def rows_of(font, character):
+    """The character's rows from the top, each as a text of "0" and "1" from the left."""
+    if character not in font:
+        raise Refused(f"the font has no glyph for {character}")
+    width = len(font[character]) * 4 // ROWS
+    pixels = f"{int(font[character], 16):0{width * ROWS}b}"
+    return [pixels[i : i + width] for i in range(0, len(pixels), width)]
+
+
+def blank(width):
+    return ["0" * width] * ROWS
+
+
+def cross(width):
+    """Both diagonals of a cell."""
+    columns = [row * width // ROWS for row in range(ROWS)]
+    return ["".join("01"[x in (c, width - 1 - c)] for x in range(width)) for c in columns]
+
+
+def cell(rows, width):
+    """A byte for each column of the upper half, bit 0 topmost, then as many for the lower half.
+
+    A narrow glyph lies in the middle of a wide cell.
+    """
+    if len(rows[0]) > width:
+        raise Refused("a glyph is too wide for its cell")
+    columns = list(zip(*(row.center(width, "0") for row in rows)))
+    halves = [column[top : top + 8] for top in (0, 8) for column in columns]
+    return bytes(int("".join(reversed(half)), 2) for half in halves)
+
+
+def entry(rows, width, code):
+    """A cell with the character's UTF-8 bytes after it, in four bytes."""
+    return cell(rows, width) + code.encode().ljust(4, b"\0")
+
+
+def make_tables(lists, font):
+    printable = "".join(map(chr, range(32, 127)))
+    ascii_codes = lists["symbols"][:31] + printable + lists["symbols"][31]
+    found = lists["ideographs"] + lists["repeats"]
+    never_found = lists["signs"] + lists["cyrillic"]
+    unused = cell(blank(NARROW), NARROW)
+
+    def cells(characters):
+        return b"".join(cell(rows_of(font, c), NARROW) for c in characters)
+
+    def entries(characters, width):
+        return b"".join(entry(rows_of(font, c), width, c) for c in characters)
+
+    return {
+        "AsciiCharac": unused + cells(ascii_codes) + unused * 32 + b"\0",
+        "ChineseCharac": entries(found, WIDE)
+        + entry(blank(WIDE), WIDE, " ")
+        + entries(never_found, WIDE),
+        "ChineseNone": entry(cross(WIDE), WIDE, ""),
+        "RussianCharac": entries(lists["cyrillic"], NARROW),
+        "RussianNone": entry(cross(NARROW), NARROW, ""),
+        "TurkeyCharacSpec": cells(lists["latin"]),
+    }
+
+
+def quoted_parts(line):
+    """What stands in double quotes on a line of C++, up to a comment."""
+    tokens = re.findall(r'//.*|"((?:\\.|[^"\\])*)"|\'(?:\\.|[^\'\\])*\'', line)
+    return "".join(re.sub(r"\\.", "", text) for text in tokens)
+
+
+def missing(lists, path):
+    """A line for each character in the file's texts that the tables lack."""
+    for number, line in enumerate(read_text(path).splitlines(), 1):
+        for character in quoted_parts(line):
+            if not character.isascii() and character not in lists["ideographs"]:
+                yield f"{path}:{number}: no glyph for {character} (U+{ord(character):04X})"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("lists")
+    tasks = parser.add_subparsers(dest="task", required=True)
+    source = tasks.add_parser("source")
+    for name in ("hex_font", "header", "file"):
+        source.add_argument(name)
+    tasks.add_parser("check").add_argument("sources", nargs="+")
+    given = parser.parse_args()
+    lists = read_lists(given.lists)
+    if given.task == "check":
+        complaints = [line for path in given.sources for line in missing(lists, path)]
+        sys.exit("\n".join(complaints) or 0)
+    tables = make_tables(lists, read_font(given.hex_font))
+    arrays = {f"std::array<uint8_t, {len(data)}> {name}": data for name, data in tables.items()}
+    write_arrays(given.file, given.header, arrays)
+
+
+if __name__ == "__main__":
+    try:
+        main()
+    except (Refused, OSError) as error:
+        sys.exit(f"glyphs.py: {error}")
