@@ -1,21 +1,29 @@
 #include "prompt/prompt_led_corvus.h"
 
 #include "platform/debug.h"
-#include "platform/thread.h"
 #include "prompt/led.h"
 #include "prompt/led_confirm.h"
 #include "prompt/led_pattern.h"
 #include "prompt/mw_key.h"
+#include "prompt/running_thread.h"
 #include "unit/host_info.h"
 
 #include <atomic>
-#include <cerrno>
 #include <cstdio>
 #include <unistd.h>
 
 namespace renewer {
 
 namespace {
+
+constexpr useconds_t blink_us = 500'000;
+constexpr int last_blink_step = 99;
+constexpr useconds_t running_light_us = 200'000;
+constexpr size_t last_running_step = 300;
+constexpr unsigned success_s = 3;
+constexpr int failure_flashes = 3;
+constexpr unsigned failure_flash_s = 1; // on, and again off
+constexpr unsigned failure_pause_s = 3; // after the last
 
 int s_led_init_status = 0;
 int g_key_fd = -1;
@@ -44,9 +52,6 @@ constexpr std::array<led_state, 3> result_off = {{
 constexpr std::array<const char *, 4> running_light = {nullptr, light_gps, light_data_se,
                                                        light_power};
 
-constexpr int last_blink_step = 99;
-constexpr size_t last_running_step = 300;
-
 void show_running_light(const char *lit) {
     if (lit == nullptr) {
         led_on_by_name(light_static_data);
@@ -58,21 +63,19 @@ void show_running_light(const char *lit) {
 }
 
 void end_running_indication() {
-    if (s_led_thread_run.exchange(0) != 0) {
-        pthread_join(thr_led, nullptr);
-    }
+    end_running_thread(s_led_thread_run, thr_led);
 }
 
 int flash_result() {
     end_running_indication();
     show_leds(five_off);
-    for (int flash = 0; flash < 3; ++flash) {
+    for (int flash = 0; flash < failure_flashes; ++flash) {
         show_leds(result_on);
-        sleep(1);
+        sleep(failure_flash_s);
         show_leds(result_off);
-        sleep(1);
+        sleep(failure_flash_s);
     }
-    sleep(3);
+    sleep(failure_pause_s);
     return 1;
 }
 
@@ -116,7 +119,7 @@ int uninit_screen_corvus() {
 
 int prompt_confirm_screen_corvus() {
     host_info host;
-    if (!read_local_host(host)) {
+    if (!read_host_or_report(host)) {
         return 0;
     }
     debug(5, "prompt_confirm_led_sula\n");
@@ -129,16 +132,13 @@ int prompt_updating_screen_corvus() {
     debug(5, "prompt_updating_led_corvus\n");
     end_running_indication();
     host_info host;
-    if (!read_local_host(host)) {
+    if (!read_host_or_report(host)) {
         return 0;
     }
     puts("################update coming!#####################");
-    s_led_thread_run = 1;
-    const int error = start_thread(&thr_led, led_thread_fun_corvus_bd);
-    if (error != 0) {
-        s_led_thread_run = 0;
-        errno = error;
-        perror("====create led_thread_fun error\n");
+    if (const int error = start_running_thread(s_led_thread_run, thr_led, led_thread_fun_corvus_bd);
+        error != 0) {
+        report_unstarted_thread(error);
     }
     return 1;
 }
@@ -147,7 +147,7 @@ int prompt_success_screen_corvus() {
     debug(5, "prompt_success_led\n");
     end_running_indication();
     host_info host;
-    if (!read_local_host(host)) {
+    if (!read_host_or_report(host)) {
         return 0;
     }
     show_leds(five_off);
@@ -156,7 +156,7 @@ int prompt_success_screen_corvus() {
     } else {
         show_leds(result_on);
     }
-    sleep(3);
+    sleep(success_s);
     show_leds(five_off);
     return 1;
 }
@@ -175,7 +175,7 @@ void *led_thread_fun_corvus_bd(void *) {
     show_leds(five_off);
     for (int step = 0; s_led_thread_run != 0; step = step == last_blink_step ? 0 : step + 1) {
         show_leds(step % 2 == 0 ? charge_phase : power_phase);
-        usleep(500000);
+        usleep(blink_us);
     }
     show_leds(both_off);
     return nullptr;
@@ -185,7 +185,7 @@ void *led_thread_fun_corvus(void *) {
     show_leds(five_off);
     for (size_t step = 0; s_led_thread_run != 0; step = step == last_running_step ? 0 : step + 1) {
         show_running_light(running_light[step % running_light.size()]);
-        usleep(200000);
+        usleep(running_light_us);
     }
     show_leds(five_off);
     return nullptr;

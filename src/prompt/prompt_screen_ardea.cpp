@@ -2,12 +2,11 @@
 
 #include "lcd/sa1230_device.h"
 #include "platform/debug.h"
-#include "platform/thread.h"
 #include "prompt/key_wait.h"
 #include "prompt/mw_key.h"
+#include "prompt/running_thread.h"
 
 #include <atomic>
-#include <cerrno>
 #include <cstdio>
 #include <unistd.h>
 
@@ -31,6 +30,8 @@ constexpr int last_frame = 128;
 constexpr unsigned built_in_updating = 0;
 
 constexpr int answer_s = 120;
+constexpr unsigned frame_s = 1;
+constexpr unsigned refusal_s = 4; // how long the refusal is shown at least
 
 int s_lcd_init_status = 0;
 int g_key_fd = -1;
@@ -44,14 +45,8 @@ void show(const prompt_picture &picture) {
     }
 }
 
-void end_animation() {
-    if (s_lcd_thread_run.exchange(0) != 0) {
-        pthread_join(thr_lcd, nullptr);
-    }
-}
-
 int show_result(const prompt_picture &picture) {
-    end_animation();
+    end_running_thread(s_lcd_thread_run, thr_lcd);
     show(picture);
     if (spi_fd >= 0) {
         close(spi_fd);
@@ -126,14 +121,10 @@ int prompt_confirm_screen_ardea() {
 
 int prompt_updating_screen_ardea() {
     debug(5, "prompt_updating_screen_ardea\n");
-    end_animation();
-    s_lcd_thread_run = 1;
-    const int error = start_thread(&thr_lcd, lcd_thread_fun_ardea);
+    const int error = start_running_thread(s_lcd_thread_run, thr_lcd, lcd_thread_fun_ardea);
     printf("updating111%d\n", error);
     if (error != 0) {
-        s_lcd_thread_run = 0;
-        errno = error;
-        perror("====create led_thread_fun error\n");
+        report_unstarted_thread(error);
     }
     return 1;
 }
@@ -154,7 +145,7 @@ int prompt_failure_screen_ardea() {
 int prompt_notallow_screen_ardea() {
     debug(5, "prompt_notallow_screen_ardea\n");
     show_result(notallow_picture);
-    sleep(4);
+    sleep(refusal_s);
     return 1;
 }
 
@@ -164,7 +155,7 @@ void *lcd_thread_fun_ardea(void *) {
         const int shown = sa1230_update(spi_fd, frame);
         debug(5, "updating=%d,s_lcd_thread_run = %d,ret = %d\n", frame, s_lcd_thread_run.load(),
               shown);
-        sleep(1);
+        sleep(frame_s);
         if (frame == last_frame) {
             frame = 0;
         }

@@ -3,6 +3,7 @@
 #include "prompt/prompt_led_corvus.h"
 #include "prompt/prompt_screen_ardea.h"
 #include "unit/host_info.h"
+#include "unit/unit_model.h"
 
 #include <array>
 
@@ -10,16 +11,8 @@ namespace renewer {
 
 namespace {
 
-struct prompt_choice {
-    char pn2;
-    char pn3;
-    const prompt_funs *set;
-};
-
-constexpr std::array prompt_choices = {
-    prompt_choice{'1', '6', &s_prompt_screen_ardea},
-    prompt_choice{'1', '3', &s_prompt_led_corvus},
-};
+// By `prompt_set`.
+constexpr std::array prompt_sets = {&s_prompt_led_corvus, &s_prompt_screen_ardea};
 
 using prompt_operation = int (*)();
 
@@ -32,19 +25,15 @@ constexpr std::array<prompt_operation prompt_funs::*, PROMPT_INIT> slots = {
 const prompt_funs *s_prompt_funs = nullptr;
 
 const prompt_funs *prompt_set_of(const host_info &host) {
-    for (const prompt_choice &choice : prompt_choices) {
-        if (host_pn_is(host, 2, choice.pn2, choice.pn3)) {
-            return choice.set;
-        }
-    }
-    return nullptr;
+    const unit_model *const model = model_of(host);
+    return model == nullptr ? nullptr : prompt_sets[static_cast<size_t>(model->prompts)];
 }
 
 } // namespace
 
 int prompt_user(int number) {
     host_info host;
-    if (!read_local_host(host)) {
+    if (!read_host_or_report(host)) {
         return 0;
     }
     s_prompt_funs = prompt_set_of(host);

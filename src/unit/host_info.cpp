@@ -22,7 +22,7 @@ int get_local_host_info(host_info *record) {
     return 1;
 }
 
-bool read_local_host(host_info &host) {
+bool read_host_or_report(host_info &host) {
     host = {};
     if (get_local_host_info(&host) == 1) {
         return true;

@@ -23,12 +23,12 @@ static_assert(offsetof(host_info, pn) == 7);
 // opened, which is reported on standard error with the prefix "open sys err".
 int get_local_host_info(host_info *record);
 
-// Reads the record into `host`, which need not be zeroed. False, and "get_local_host_info()
-// failure" on standard error, when it cannot be read.
-bool read_local_host(host_info &host);
+// Zeroes `host` and reads the record into it. Returns false, after "get_local_host_info() failure"
+// on standard error, when it cannot be read.
+bool read_host_or_report(host_info &host);
 
-// Whether PN characters `first` and `first` + 1 of the unit are `a` and `b`. What is missing, there
-// or here, is zero and fits nothing.
+// Returns whether PN characters `first` and `first` + 1 of the unit are `a` and `b`. What is
+// missing, there or here, is zero and fits nothing.
 bool host_pn_is(const host_info &host, size_t first, char a, char b);
 
 } // namespace renewer

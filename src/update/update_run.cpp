@@ -6,6 +6,7 @@
 #include "power/bat.h"
 #include "prompt/prompt_user.h"
 #include "unit/host_info.h"
+#include "unit/unit_model.h"
 #include "update/install_step.h"
 #include "update/package_removal.h"
 
@@ -49,13 +50,13 @@ void stop_application() {
 }
 
 decision check_power(const host_info &host) {
-    if (!host_pn_is(host, 2, '1', '6')) {
+    const unit_model *const model = model_of(host);
+    if (model == nullptr || model->power == nullptr) {
         return decision::go_on;
     }
-    constexpr int machine_type = 0;
-    printf("type_ardeaplus=%d\n", machine_type);
+    printf("%s=%d\n", model->power->name, model->power->machine_type);
     bat_info power = {};
-    get_bat_percent(machine_type, &power);
+    get_bat_percent(model->power->machine_type, &power);
     printf("ext!!!!!!!!!!!!! power %d bat1 %d \n", power.ext_power, power.bat1_percent);
     if (power.ext_power != 0 || power.bat1_percent >= lowest_bat_percent) {
         return decision::go_on;
@@ -84,7 +85,7 @@ decision ask_user(const char *path) {
 // Everything that is decided before the unit is changed.
 decision prepare(const update_arguments &arguments) {
     host_info host;
-    if (!read_local_host(host)) {
+    if (!read_host_or_report(host)) {
         return decision::refuse;
     }
     if (!path_is_allowed(arguments.path) ||
