@@ -3,6 +3,8 @@
 #include "simulator/demo/front_panel.h"
 
 #include <array>
+#include <map>
+#include <string>
 
 namespace simulator {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/unit/unit.h"
+#include "simulator/unit/event.h"
 
 namespace simulator {
 

@@ -1,8 +1,18 @@
 #pragma once
 
-#include "simulator/unit/unit.h"
+#include "simulator/panels/picture.h"
+#include "simulator/unit/event.h"
 
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace simulator {
 

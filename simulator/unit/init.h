@@ -1,8 +1,11 @@
 #pragma once
 
-#include "simulator/unit/unit.h"
-
+#include <cstdint>
+#include <filesystem>
+#include <string>
 #include <sys/types.h>
+#include <utility>
+#include <vector>
 
 namespace simulator {
 

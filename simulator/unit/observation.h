@@ -1,6 +1,9 @@
 #pragma once
 
 #include "simulator/unit/description.h"
+#include "simulator/unit/outcome.h"
+
+#include <optional>
 
 namespace simulator {
 

@@ -1,6 +1,6 @@
 // What a run left behind: its time line and its tree.
 
-#include "simulator/unit/unit.h"
+#include "simulator/unit/outcome.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,7 @@
 #include "simulator/unit/package.h"
 
 #include "simulator/unit/description.h"
+#include "simulator/unit/unit.h"
 
 #include <cstdint>
 #include <cstring>

@@ -7,6 +7,7 @@
 #include "simulator/unit/installation.h"
 #include "simulator/unit/observation.h"
 #include "simulator/unit/recorder.h"
+#include "simulator/unit/unit.h"
 
 #include <array>
 #include <csignal>

@@ -1,6 +1,7 @@
 // The file tree of a unit as it stands before a run.
 
 #include "simulator/unit/description.h"
+#include "simulator/unit/unit.h"
 
 #include <cmath>
 #include <fstream>

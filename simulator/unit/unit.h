@@ -1,17 +1,14 @@
 #pragma once
 
-#include "simulator/panels/sa1230_panel.h"
-#include "simulator/panels/ssd1327_panel.h"
+#include "simulator/unit/event.h"
+#include "simulator/unit/outcome.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <initializer_list>
-#include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,88 +27,8 @@
 // `run` has returned. Needs user namespaces, not root.
 namespace simulator {
 
-using namespace std::chrono_literals;
-
-// Time as the unit sees it. The unit's clock can run faster than the desk's (`clock_speed`).
-using unit_time = std::chrono::milliseconds;
-
-enum class event_kind {
-    out,    // a line (or an unfinished line) on the program's standard output
-    err,    // the same on its standard error
-    led,    // "Light_Gps 255": a value written to an LED-class file
-    shell,  // a command line that the program handed to the system shell
-    alarm,  // "60 s": a time limit was set ("0 s": it was cancelled)
-    signal, // "15 to install.sh": a signal was sent
-    sleep,  // "10 s", "0.1 s": a sleep was asked for
-    wait,   // "0.3 s": a wait for a descriptor was asked for
-    spi,    // "command 2A", "data 00 7D", "pixels 4096": a transfer that the panel took
-    screen, // "picture 0": the panel shows another picture, see `outcome::pictures`
-    call,   // a stand-in of the unit ran: "rc.stop", "reboot", "S080_application ended"
-    act,    // what the description made happen: "press ok", "remove /tmp/update_over"
-    exit,   // "status 0", "signal 9": the program ended
-};
-
-std::string_view name_of(event_kind kind); // "out", "err", "led" and so on
-
-struct event {
-    unit_time at; // since the program was started
-    event_kind kind;
-    std::string text;
-
-    std::string line() const; // "led Light_Gps 255"
-};
-
-// A moment of a run: `delay` after the `occurrence`-th event whose line (see `event::line`)
-// contains `line`; an empty `line` is the start of the run.
-struct moment {
-    std::string line;
-    unit_time delay{};
-    int occurrence = 1;
-};
-
-inline moment after(std::string line, unit_time delay, int occurrence = 1) {
-    return {std::move(line), delay, occurrence};
-}
-inline moment at(unit_time since_start) {
-    return {"", since_start, 1};
-}
-
 // Event codes of the front-panel keys.
 enum class key : uint16_t { ok = 2, right = 3, left = 4, down = 5, up = 6, esc = 7, power = 8 };
-
-// What a run left behind. The tree is removed with the last copy of the outcome, unless the
-// environment variable RENEWER_KEEP_UNIT is set.
-struct outcome {
-    std::vector<event> events;
-    int exit_status = -1;   // -1 when the program was ended by a signal or by the real-time limit
-    int ended_by = 0;       // the signal's number, 0 for none
-    bool timed_out = false; // ended by the desk (see `unit::patience` and `unit::stop_when`)
-    long peak_memory_kib = 0;
-    // What the screen showed, one after the other; a picture stands until the next one does.
-    std::vector<picture> pictures;
-    // As they were left: the LCD behind "/dev/spidev1.0", the OLED behind "/dev/spidev0.0".
-    sa1230_panel panel;
-    ssd1327_panel oled;
-    std::shared_ptr<const std::filesystem::path> tree;
-
-    // The lines of the events of these kinds (all kinds when none is named), one a line.
-    std::string transcript(std::initializer_list<event_kind> kinds = {}) const;
-
-    // What was printed on standard output, as it came.
-    std::string output() const;
-    std::string errors() const;
-
-    bool has(std::string_view line) const; // whether some event's line contains `line`
-    int count(std::string_view line) const;
-    // The time of the `occurrence`-th event whose line contains `line`; nothing when there is none.
-    std::optional<unit_time> when(std::string_view line, int occurrence = 1) const;
-
-    // The content of a file of the tree, by its path on the unit; nothing when it does not exist.
-    std::optional<std::string> file(std::string_view path) const;
-    bool exists(std::string_view path) const; // links are not followed
-    // Path, kind and size of everything below a path of the unit, sorted, one a line.
-    std::string listing(std::string_view path) const;
-};
 
 class unit {
 public:

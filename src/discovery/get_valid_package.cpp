@@ -1,21 +1,18 @@
 #include "discovery/get_valid_package.h"
 
-#include "package/package.h"
+#include "discovery/package_search.h"
 #include "platform/debug.h"
 #include "platform/owner.h"
 
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
-#include <unistd.h>
 
 namespace renewer {
 
 namespace {
 
 constexpr size_t result_size = 512;
-constexpr size_t candidate_size = 256;
 
 constexpr const char *s_udisk_diretory = "/media/sda1";
 constexpr const char *s_check_diretory = "/firmware";
@@ -33,14 +30,6 @@ constexpr std::array<presence_input, 3> presence_inputs = {{
     {"/sys/class/misc/gpio-misc/Batter_B_Detect/value", "open Batter_B_Detect fail!\n", '\0'},
 }};
 
-enum class verdict { passed_over, fits, ends_search };
-
-struct best_package {
-    char *path;
-    size_t path_size; // bytes to clear before each new path
-    int32_t version;
-};
-
 // Opens all inputs before any is read; false at the first that cannot be opened.
 bool open_presence_inputs(std::array<owned_file, presence_inputs.size()> *files) {
     for (size_t i = 0; i < files->size(); ++i) {
@@ -53,7 +42,7 @@ bool open_presence_inputs(std::array<owned_file, presence_inputs.size()> *files)
     return true;
 }
 
-bool hardware_allows(const pack_head &head) {
+bool hardware_allows(void *, const pack_head &head) {
     std::array<owned_file, presence_inputs.size()> files;
     if (!open_presence_inputs(&files)) {
         return false;
@@ -83,63 +72,30 @@ void show_candidate(const pack_head &head, const host_info &host) {
            digit(10), digit(13), int{sizeof(host.pn)}, host.pn);
 }
 
-verdict judge(const pack_head &head, const host_info &host) {
-    if (needs_hardware_check(head, host) && !hardware_allows(head)) {
-        return verdict::ends_search;
-    }
-    show_candidate(head, host);
-    const candidate_fit fit = judge_part_number(head, host);
-    printf("%s%s", fit.first_line, fit.note);
-    return fit.fits ? verdict::fits : verdict::ends_search;
-}
-
-void keep_if_later(const char *path, uint32_t version, best_package *best) {
-    if (cmp_version(version, static_cast<uint32_t>(best->version)) <= 0) {
+// Only what was judged by its part number is worth a line to the unit.
+void report(void *context, const package_candidate &candidate) {
+    if (candidate.fit.first_line == nullptr) {
         return;
     }
-    memset(best->path, 0, best->path_size);
-    strcpy(best->path, path);
-    best->version = static_cast<int32_t>(version);
-}
-
-verdict examine(const char *dir, const char *name, const host_info &host, best_package *best) {
-    if (!is_package_name(name)) {
-        return verdict::passed_over;
-    }
-    char path[candidate_size];
-    const int length = snprintf(path, sizeof(path), "%s/%s", dir, name);
-    if (length < 0 || static_cast<size_t>(length) >= sizeof(path)) {
-        return verdict::passed_over;
-    }
-    pack_head head = {};
-    if (get_pack_head(path, &head) == 0 || head.magic != magic_old) {
-        return verdict::passed_over;
-    }
-    const verdict result = judge(head, host);
-    if (result == verdict::fits) {
-        keep_if_later(path, head.version, best);
-    }
-    return result;
+    show_candidate(candidate.head, *static_cast<const host_info *>(context));
+    printf("%s%s", candidate.fit.first_line, candidate.fit.note);
 }
 
 } // namespace
 
 int find_valid_package(const char *dir, const host_info *host, char *out, size_t out_size) {
-    if (dir == nullptr || host == nullptr || out == nullptr || access(dir, R_OK | W_OK) != 0) {
+    if (dir == nullptr || host == nullptr || out == nullptr) {
         return 0;
     }
-    const owned_directory directory(opendir(dir));
-    if (directory == nullptr) {
-        return 0;
-    }
+    host_info unit = *host;
     best_package best = {.path = out, .path_size = out_size, .version = 0};
-    while (const dirent *const entry = readdir(directory.get())) {
-        if (examine(dir, entry->d_name, *host, &best) == verdict::ends_search) {
-            return 0;
-        }
+    if (search_directory(dir, unit, {hardware_allows, report, &unit}, &best) !=
+        search_end::at_last_entry) {
+        return 0;
     }
-    printf("last_ver %d\n", best.version);
-    if (best.version <= 0) {
+    const auto last_version = static_cast<int32_t>(best.version);
+    printf("last_ver %d\n", last_version);
+    if (last_version <= 0) {
         return 0;
     }
     printf("\n%s\n", out);

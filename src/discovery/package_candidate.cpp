@@ -35,51 +35,62 @@ bool is_a1(const host_info &host) {
 
 candidate_fit judge_host(const pack_head &head, const host_info &host) {
     constexpr const char *first_line = "got   package\n";
+    constexpr const char *refused = "pn 2/3/17 not fit\n";
     if (is_a1(host) && (pn_digit(head, 1) != 1 || pn_digit(head, 0) != 10)) {
-        return {false, first_line, " invailed package,pn not fit"};
+        return {false, first_line, " invailed package,pn not fit", {0, 2, 0, 2}};
+    }
+    if (!digits_match(host, 2, head, 2)) {
+        return {false, first_line, refused, {2, 2, 2, 2}};
     }
     const int variant = pn_digit(head, 13);
-    if (!digits_match(host, 2, head, 2) || (variant != 4 && variant != 5)) {
-        return {false, first_line, "pn 2/3/17 not fit\n"};
+    if (variant != 4 && variant != 5) {
+        return {false, first_line, refused, {13, 1, 0, 0}};
     }
-    return {true, first_line, ""};
+    return {true, first_line, "", {2, 2, 2, 2}};
 }
 
 candidate_fit judge_gnss_board(const pack_head &head, const host_info &host) {
     constexpr const char *first_line = "got   gnss board package\n";
-    if (is_a1(host)) {
-        const bool fits = digits_match(host, 6, head, 4);
-        return {fits, first_line, fits ? "" : "pn 6/7 not fit\n"};
+    const bool a1 = is_a1(host);
+    const size_t place = a1 ? 6 : 4;
+    const bool fits = digits_match(host, place, head, 4);
+    const char *const refused = a1 ? "pn 6/7 not fit\n" : "pn 45 not fit\n";
+    return {fits, first_line, fits ? "" : refused, {4, 2, place, 2}};
+}
+
+// By which form a radio package fits, as the line that is printed of it; null for none.
+const char *radio_form(const pack_head &head, const host_info &host) {
+    const bool second_matches = digit(host, 11) == pn_digit(head, 10);
+    if (code(host, 10) - '+' == pn_digit(head, 9) && second_matches) {
+        return "";
     }
-    const bool fits = digits_match(host, 4, head, 4);
-    return {fits, first_line, fits ? "" : "pn 45 not fit\n"};
+    if (digit(host, 10) == pn_digit(head, 9) && second_matches) {
+        return "K618 RADIO !\n";
+    }
+    if (digit(host, 10) == pn_digit(head, 9) && pn_digit(head, 10) + 2 == digit(host, 11)) {
+        return "Q7 K618 RADIO !\n";
+    }
+    return nullptr;
 }
 
 candidate_fit judge_radio(const pack_head &head, const host_info &host) {
-    constexpr const char *first_line = "got   radio  package\n";
-    const bool second_matches = digit(host, 11) == pn_digit(head, 10);
-    if (code(host, 10) - '+' == pn_digit(head, 9) && second_matches) {
-        return {true, first_line, ""};
-    }
-    if (digit(host, 10) == pn_digit(head, 9) && second_matches) {
-        return {true, first_line, "K618 RADIO !\n"};
-    }
-    if (digit(host, 10) == pn_digit(head, 9) && pn_digit(head, 10) + 2 == digit(host, 11)) {
-        return {true, first_line, "Q7 K618 RADIO !\n"};
-    }
-    return {false, first_line, "pn radio not fit\n"};
+    const char *const form = radio_form(head, host);
+    return {form != nullptr,
+            "got   radio  package\n",
+            form != nullptr ? form : "pn radio not fit\n",
+            {9, 2, 10, 2}};
 }
 
 candidate_fit judge_lband(const pack_head &, const host_info &host) {
     const bool fits = (code(host, 15) & 2) != 0;
-    return {fits, "got  lband  package\n", fits ? "" : "pn lband not fit\n"};
+    return {fits, "got  lband  package\n", fits ? "" : "pn lband not fit\n", {0, 0, 15, 1}};
 }
 
 candidate_fit judge_gprs(const pack_head &head, const host_info &host) {
     const int first = pn_digit(head, 7);
     const bool fits = (digit(host, 8) == first || code(host, 8) - '5' == first) &&
                       digit(host, 9) == pn_digit(head, 8);
-    return {fits, "got web  gprs  package\n", fits ? "" : "pn gprs not fit\n"};
+    return {fits, "got web  gprs  package\n", fits ? "" : "pn gprs not fit\n", {7, 2, 8, 2}};
 }
 
 // By package type.
@@ -106,7 +117,7 @@ int pn_digit(const pack_head &head, unsigned index) {
 candidate_fit judge_part_number(const pack_head &head, const host_info &host) {
     const int type = pn_digit(head, 6);
     if (type > gprs_package) {
-        return {false, "", "invailed package!\n"};
+        return {false, "", "invailed package!\n", {6, 1, 0, 0}};
     }
     return judges[type](head, host);
 }

@@ -3,6 +3,7 @@
 #include "package/package.h"
 #include "unit/host_info.h"
 
+#include <cstddef>
 #include <cstdint>
 
 // The rules by which a package on storage is one for this unit. They only judge: nothing is read
@@ -19,10 +20,21 @@ int pn_digit(const pack_head &head, unsigned index);
 // What a package updates, digit 6 of its part number. Other values are of no known type.
 enum package_type { host_package, gnss_board_package, radio_package, lband_package, gprs_package };
 
+// What was compared: `digits` digits of the package's part number from `digit` on, against as many
+// characters of the unit's from `place` on. Without digits the character alone decided, without
+// characters the digit alone.
+struct compared_digits {
+    unsigned digit;
+    unsigned digits;
+    size_t place;
+    size_t places;
+};
+
 struct candidate_fit {
     bool fits;
     const char *first_line; // printed before the test, with its line end; empty for none
     const char *note; // printed after it: why it does not fit, or by which form; empty for none
+    compared_digits compared; // the comparison that decided
 };
 
 // Judges the part number of a package against that of the unit.

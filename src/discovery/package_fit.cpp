@@ -13,10 +13,56 @@ namespace {
 // Where the main application leaves the header of a new-layout package.
 constexpr const char pack_header_path[] = "/data/app/log/pack_tmp";
 
-struct pn_pair {
-    char first;
-    char second;
+// A kind that is checked: its lines, and the characters of the unit's part number that count.
+struct kind_rule {
+    const char *opening;
+    size_t place;
+    const char *fit;
+    const char *not_fit;
 };
+
+constexpr kind_rule rules[] = {
+    {"old host pack!\n", 2, "host 2,3 PN fit!\n", "host 2,3 PN not fit!\n"},
+    {"gnss pack!\n", 6, "gnss 6,7 PN fit!\n", "gnss 6,7 PN not fit!\n"},
+    {"radio pack!\n", 10, "", "pn radio not fit\n"}, // three forms that fit, see `radio_form`
+    {"new host pack!\n", 2, "2,3 PN fit!\n", "2,3 PN not fit!\n"},
+};
+
+// A unit takes the packages of its own radio and of two related ones: the one whose first
+// character is 5 above its own, and the one whose second character is 2 below. Null for no form.
+const char *radio_form(pn_pair pair, const host_info &host) {
+    const auto above = static_cast<char>(host.pn[10] + 5);
+    const auto below = static_cast<char>(host.pn[11] - 2);
+    if (!host_pn_is(host, 10, host.pn[10], host.pn[11])) { // a part number without a radio
+        return nullptr;
+    }
+    if (pair.first == above && pair.second == host.pn[11]) {
+        return "10,11 PN OK!\n";
+    }
+    if (pair.first == host.pn[10] && pair.second == host.pn[11]) {
+        return "K618 RADIO !\n";
+    }
+    if (pair.first == host.pn[10] && pair.second == below) {
+        return "Q7 K618 RADIO !\n";
+    }
+    return nullptr;
+}
+
+// The comparison decides, whatever reading the header gave: what could not be read is zero.
+kind_judgement judge_new_host(const host_info &host) {
+    pack_head_new head = {};
+    get_pack_head_new(pack_header_path, &head);
+    const owned_memory<char> version_text(head.version_content);
+    show_header_new(&head);
+    const kind_judgement judgement = judge_kind(KIND_NEW_HOST, {head.pn[2], head.pn[3]}, host);
+    if (!judgement.fits) {
+        debug(0, "pn=%.*s\n", static_cast<int>(sizeof(head.pn)), head.pn);
+        debug(0, "pn2=%c,pn3=%c,st2=%c,st3=%c\n", head.pn[2], head.pn[3], host.pn[2], host.pn[3]);
+    }
+    return judgement;
+}
+
+} // namespace
 
 pn_pair first_two(const char *text) {
     char two[2] = {};
@@ -24,84 +70,33 @@ pn_pair first_two(const char *text) {
     return {two[0], two[1]};
 }
 
-// A kind that is checked against two characters of the unit's part number.
-struct pair_rule {
-    const char *opening;
-    size_t pn_index;
-    const char *fit;
-    const char *not_fit;
-};
-
-constexpr pair_rule old_host_rule = {"old host pack!\n", 2, "host 2,3 PN fit!\n",
-                                     "host 2,3 PN not fit!\n"};
-constexpr pair_rule gnss_rule = {"gnss pack!\n", 6, "gnss 6,7 PN fit!\n", "gnss 6,7 PN not fit!\n"};
-
-int pair_fits(const pair_rule &rule, const pn_pair &expected, const host_info &host) {
-    debug(1, "%s", rule.opening);
-    if (!host_pn_is(host, rule.pn_index, expected.first, expected.second)) {
-        debug(0, "%s", rule.not_fit);
-        return 0;
-    }
-    debug(1, "%s", rule.fit);
-    return 1;
+bool is_checked_kind(int kind) {
+    return kind >= KIND_OLD_HOST && kind <= KIND_NEW_HOST;
 }
 
-// A unit takes the packages of its own radio and of two related ones: the one whose first
-// character is 5 above its own, and the one whose second character is 2 below.
-int radio_fits(const pn_pair &expected, const host_info &host) {
-    debug(1, "radio pack!\n");
-    const auto above = static_cast<char>(host.pn[10] + 5);
-    const auto below = static_cast<char>(host.pn[11] - 2);
-    if (host_pn_is(host, 10, host.pn[10], host.pn[11])) {
-        if (expected.first == above && expected.second == host.pn[11]) {
-            debug(1, "10,11 PN OK!\n");
-            return 1;
-        }
-        if (expected.first == host.pn[10] && expected.second == host.pn[11]) {
-            debug(1, "K618 RADIO !\n");
-            return 1;
-        }
-        if (expected.first == host.pn[10] && expected.second == below) {
-            debug(1, "Q7 K618 RADIO !\n");
-            return 1;
-        }
-    }
-    debug(0, "pn radio not fit\n");
-    return 0;
+size_t compared_place(int kind) {
+    return rules[kind].place;
 }
 
-// The comparison decides, whatever reading the header gave: what could not be read is zero.
-int new_host_fits(const host_info &host) {
-    debug(1, "new host pack!\n");
-    pack_head_new head = {};
-    get_pack_head_new(pack_header_path, &head);
-    const owned_memory<char> version_text(head.version_content);
-    show_header_new(&head);
-    if (!host_pn_is(host, 2, head.pn[2], head.pn[3])) {
-        debug(0, "pn=%.*s\n", static_cast<int>(sizeof(head.pn)), head.pn);
-        debug(0, "pn2=%c,pn3=%c,st2=%c,st3=%c\n", head.pn[2], head.pn[3], host.pn[2], host.pn[3]);
-        debug(0, "2,3 PN not fit!\n");
-        return 0;
+kind_judgement judge_kind(int kind, pn_pair pair, const host_info &host) {
+    const kind_rule &rule = rules[kind];
+    if (kind == KIND_RADIO) {
+        const char *const form = radio_form(pair, host);
+        return {form != nullptr, form != nullptr ? form : rule.not_fit};
     }
-    debug(1, "2,3 PN fit!\n");
-    return 1;
+    const bool fits = host_pn_is(host, rule.place, pair.first, pair.second);
+    return {fits, fits ? rule.fit : rule.not_fit};
 }
-
-} // namespace
 
 int package_fits(int kind, const char *expected, const host_info &host) {
-    switch (kind) {
-    case KIND_OLD_HOST:
-        return pair_fits(old_host_rule, first_two(expected), host);
-    case KIND_GNSS:
-        return pair_fits(gnss_rule, first_two(expected), host);
-    case KIND_RADIO:
-        return radio_fits(first_two(expected), host);
-    case KIND_NEW_HOST:
-        return new_host_fits(host);
-    default:
+    if (!is_checked_kind(kind)) {
         return 1;
     }
+    debug(1, "%s", rules[kind].opening);
+    const kind_judgement judgement =
+        kind == KIND_NEW_HOST ? judge_new_host(host) : judge_kind(kind, first_two(expected), host);
+    debug(judgement.fits ? 1 : 0, "%s", judgement.note);
+    return judgement.fits ? 1 : 0;
 }
 
 } // namespace renewer

@@ -2,6 +2,8 @@
 
 #include "unit/host_info.h"
 
+#include <cstddef>
+
 namespace renewer {
 
 // Package kinds, as the first argument of the program names them; every other number is a package
@@ -12,6 +14,30 @@ enum package_kind : int {
     KIND_RADIO = 2,
     KIND_NEW_HOST = 3,
 };
+
+// The two part-number characters that a package is meant for.
+struct pn_pair {
+    char first;
+    char second;
+};
+
+// Takes the first two characters of a text; zero for what it lacks.
+pn_pair first_two(const char *text);
+
+struct kind_judgement {
+    bool fits;
+    const char *note; // the line that the run prints of it
+};
+
+// Whether packages of this kind are checked.
+bool is_checked_kind(int kind);
+
+// Place of the first of the two characters of the unit's part number that a package of a checked
+// kind is compared with.
+size_t compared_place(int kind);
+
+// Judges a package of a checked kind that is meant for `pair`; prints nothing.
+kind_judgement judge_kind(int kind, pn_pair pair, const host_info &host);
 
 // Checks that a package of this kind is meant for this unit, and prints what was found.
 //

@@ -40,6 +40,18 @@ int take_power_press(question &asked) {
     return asked.power_presses > 1 ? declined : undecided;
 }
 
+int take_silence(question &asked) {
+    asked.time_out = whole_slice;
+    asked.left_ms -= slice_ms;
+    return asked.left_ms <= 0 ? declined : undecided;
+}
+
+// A device that ended or failed stays readable, so that watching on would spin. It may come back,
+// as a pipe does with its next writer: the rest of the slice passes without it.
+int sit_out_slice(question &asked) {
+    return wait_for_key(-1, &asked.time_out) < 0 ? declined : take_silence(asked);
+}
+
 int take_key(question &asked) {
     puts("get a key");
     unsigned duration = 0;
@@ -50,18 +62,8 @@ int take_key(question &asked) {
     case power_key_released:
         return take_power_press(asked);
     default:
-        // What is gone stays readable for ever: watching on would spin and fill the log.
-        if (key_device_lost()) {
-            asked.key_fd = -1;
-        }
-        return undecided;
+        return key_device_lost() ? sit_out_slice(asked) : undecided;
     }
-}
-
-int take_silence(question &asked) {
-    asked.time_out = whole_slice;
-    asked.left_ms -= slice_ms;
-    return asked.left_ms <= 0 ? declined : undecided;
 }
 
 int wait_one_slice(question &asked) {

@@ -77,8 +77,7 @@ void take_press(int code, key_stamp stamp) {
 unsigned take_release(int code, key_stamp stamp) {
     const key_times &key = times_of(code);
     *key.up = stamp;
-    const bool pressed = key.down->seconds != 0 || key.down->microseconds != 0;
-    const unsigned held = pressed ? time_diff_valid(*key.down, *key.up) : 0;
+    const unsigned held = time_diff_valid(*key.down, *key.up);
     *key.down = {};
     *key.up = {};
     printf("%s is pressed:%us\n", key.label, held);

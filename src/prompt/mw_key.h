@@ -59,8 +59,9 @@ int get_key_info(int fd, key_stamp *stamp);
 // the key was held. esc and power share one pair of times.
 //
 // Returns the key code: 2 to 8 for a press or auto-repeat, with 0 in `duration`; 12 to 18 for a
-// release, with the whole seconds since the press in `duration` (0 when no press was seen); -1
-// for every other event and when nothing could be read, with `duration` as it was.
+// release, with the whole seconds since the press in `duration` (since 0 of the events' clock when
+// no press was seen); -1 for every other event and when nothing could be read, with `duration` as
+// it was.
 int key_get(int fd, unsigned *duration);
 
 // Whether the last read gave nothing although the descriptor was readable: end of file or an error,

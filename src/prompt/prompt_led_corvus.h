@@ -1,6 +1,6 @@
 #pragma once
 
-#include "prompt/prompt_user.h"
+#include "prompt/prompt_funs.h"
 
 // The prompts of a unit without a screen: six front-panel LEDs and the keys. The operations run on
 // one thread; from `updating` to the next `success`, `failure` or `notallow` a second thread blinks

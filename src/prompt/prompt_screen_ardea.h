@@ -1,6 +1,6 @@
 #pragma once
 
-#include "prompt/prompt_user.h"
+#include "prompt/prompt_funs.h"
 
 // The prompts of a unit with a screen: the colour LCD and the keys. Each prompt has a picture file
 // and a built-in picture that stands in for it (see `sa1230_update`, `sa1230_default`). The

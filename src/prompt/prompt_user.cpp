@@ -1,5 +1,6 @@
 #include "prompt/prompt_user.h"
 
+#include "prompt/prompt_funs.h"
 #include "prompt/prompt_led_corvus.h"
 #include "prompt/prompt_screen_ardea.h"
 #include "unit/host_info.h"

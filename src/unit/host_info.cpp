@@ -17,13 +17,13 @@ int get_local_host_info(host_info *record) {
         perror("open sys err");
         return 0;
     }
-    // A file that opens but cannot be read leaves the record zero, as an empty one does.
+    // A file that opens but cannot be read leaves the record empty, as an empty one does.
+    *record = {};
     [[maybe_unused]] const ssize_t taken = read(file.get(), record, sizeof(*record));
     return 1;
 }
 
 bool read_host_or_report(host_info &host) {
-    host = {};
     if (get_local_host_info(&host) == 1) {
         return true;
     }

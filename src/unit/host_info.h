@@ -16,15 +16,15 @@ struct host_info {
 static_assert(sizeof(host_info) == host_info_size);
 static_assert(offsetof(host_info, pn) == 7);
 
-// Reads the unit's host information file into `record`, which the caller has zeroed: what a short
-// file lacks stays zero, and so never matches a digit or a letter. Nothing is cached.
+// Reads the unit's host information file into `record`: what a short file lacks is zero, and so
+// never matches a digit or a letter. Nothing is cached.
 //
-// Returns 1 when the file was opened and read; 0 for a null record or a file that cannot be
-// opened, which is reported on standard error with the prefix "open sys err".
+// Returns 1 when the file was opened and read; 0, with the record as it was, for a null record or a
+// file that cannot be opened, which is reported on standard error with the prefix "open sys err".
 int get_local_host_info(host_info *record);
 
-// Zeroes `host` and reads the record into it. Returns false, after "get_local_host_info() failure"
-// on standard error, when it cannot be read.
+// Reads the record into `host`. Returns false, after "get_local_host_info() failure" on standard
+// error, when it cannot be read.
 bool read_host_or_report(host_info &host);
 
 // Returns whether PN characters `first` and `first` + 1 of the unit are `a` and `b`. What is

@@ -104,7 +104,7 @@ TEST(mw_key, what_cannot_be_told_apart_is_decoded_alike) {
         // A scan code of another event type.
         {event_of(4, 0x70004, 5, 0, 4), 4, 0, "@4  458756 5\nget the code is :4.\n"},
         // The press of a key with event code 13 reads like the release of key 3.
-        {event_of(13, 1, 9, 0), 13, 0, told(13, 1, 9, 13) + "right_button is pressed:0s\n"},
+        {event_of(13, 1, 9, 0), 13, 9, told(13, 1, 9, 13) + "right_button is pressed:9s\n"},
         // An auto-repeat is a later press.
         {event_of(3, 1, 50, 0), 3, 0, told(3, 1, 50, 3)},
         {event_of(3, 2, 59, 0), 3, 0, told(3, 2, 59, 3)},
@@ -112,15 +112,17 @@ TEST(mw_key, what_cannot_be_told_apart_is_decoded_alike) {
     });
 }
 
-TEST(mw_key, release_without_a_press_is_reported_as_0_seconds) {
+TEST(mw_key, held_time_counts_from_the_stamp_also_when_it_is_zero) {
     expect_steps({
-        {event_of(2, 0, 1700000000, 0), 12, 0,
-         told(2, 0, 1700000000, 12) + "ok button is pressed:0s\n"},
+        {event_of(2, 0, 1700000000, 0), 12, 1700000000,
+         told(2, 0, 1700000000, 12) + "ok button is pressed:1700000000s\n"},
+        {event_of(2, 1, 0, 0), 2, 0, told(2, 1, 0, 2) + "ok_down_t->time:0s\n"},
+        {event_of(2, 0, 2, 600000), 12, 3, told(2, 0, 2, 12) + "ok button is pressed:3s\n"},
         // esc and power share their times: the first release uses them up.
         {event_of(7, 1, 10, 0), 7, 0, told(7, 1, 10, 7)},
         {event_of(8, 1, 20, 0), 8, 0, told(8, 1, 20, 8)},
         {event_of(8, 0, 23, 0), 18, 3, told(8, 0, 23, 18) + "power button is pressed:3s\n"},
-        {event_of(7, 0, 25, 0), 17, 0, told(7, 0, 25, 17) + "esc button is pressed:0s\n"},
+        {event_of(7, 0, 25, 0), 17, 25, told(7, 0, 25, 17) + "esc button is pressed:25s\n"},
     });
 }
 

@@ -6,6 +6,7 @@
 //     light=2.5         runs the second pattern beside, until the running indication is ended or
 //                       the program has waited 2.5 s for it
 #include "prompt/prompt_led_corvus.h"
+#include "prompt/prompt_user.h"
 
 #include <cstdio>
 #include <cstdlib>
