@@ -3,6 +3,7 @@
 
 #include "simulator/unit/init.h"
 
+#include "platform/owner.h"
 #include "simulator/boundary/protocol.h"
 #include "simulator/unit/namespaces.h"
 
@@ -76,7 +77,8 @@ struct running {
 };
 
 running start_processes(const boot &how) {
-    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+    const renewer::owned_descriptor null_device(open("/dev/null", O_RDWR | O_CLOEXEC));
+    const int nothing = null_device.get();
     boot unlimited = how;
     unlimited.limits.clear();
     unlimited.careless_starter = false;
@@ -88,15 +90,16 @@ running start_processes(const boot &how) {
             start(application, how.environment, nothing, nothing, nothing, unlimited);
         return {first, start(how.command, observed, nothing, how.output, how.errors, how)};
     }
-    int pipe_ends[2];
-    if (pipe2(pipe_ends, O_CLOEXEC) != 0) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
         refuse("pipe");
     }
+    const renewer::owned_descriptor read_end(ends[0]);
+    const renewer::owned_descriptor write_end(ends[1]);
     const pid_t first =
-        start(application, how.environment, pipe_ends[0], how.output, nothing, unlimited);
-    const pid_t second = start(how.command, observed, nothing, pipe_ends[1], pipe_ends[1], how);
-    close(pipe_ends[0]);
-    close(pipe_ends[1]);
+        start(application, how.environment, read_end.get(), how.output, nothing, unlimited);
+    const pid_t second =
+        start(how.command, observed, nothing, write_end.get(), write_end.get(), how);
     return {first, second};
 }
 

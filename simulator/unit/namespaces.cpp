@@ -1,5 +1,7 @@
 #include "simulator/unit/namespaces.h"
 
+#include "platform/owner.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -19,11 +21,10 @@ namespace fs = std::filesystem;
 namespace {
 
 void write_text(const char *path, const std::string &text) {
-    const int file = open(path, O_WRONLY | O_CLOEXEC);
-    if (file < 0 || write(file, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+    const renewer::owned_descriptor file(open(path, O_WRONLY | O_CLOEXEC));
+    if (!file || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
         refuse(path);
     }
-    close(file);
 }
 
 // Flags that a mount carries already may not be dropped in a user namespace, so the usual ones
@@ -76,7 +77,7 @@ void show(const std::string &root, const std::string &path) {
         fs::create_directories(target);
     } else {
         fs::create_directories(fs::path(target).parent_path());
-        close(open(target.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644));
+        renewer::owned_descriptor(open(target.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644));
     }
     if (mount(path.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) {
         refuse(target);

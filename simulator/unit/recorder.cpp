@@ -1,5 +1,7 @@
 #include "simulator/unit/recorder.h"
 
+#include "simulator/unit/failure.h"
+
 #include <cstring>
 #include <stdexcept>
 #include <sys/socket.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/unit/descriptor.h"
+#include "platform/owner.h"
 
 #include <filesystem>
 #include <string>
@@ -29,9 +29,9 @@ public:
     source take(std::string_view &text);
 
 private:
-    descriptor receiver;
-    descriptor out;
-    descriptor err;
+    renewer::owned_descriptor receiver;
+    renewer::owned_descriptor out;
+    renewer::owned_descriptor err;
     std::string out_address;
     std::string err_address;
     std::string taken;

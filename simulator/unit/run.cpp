@@ -3,6 +3,7 @@
 
 #include "simulator/boundary/protocol.h"
 #include "simulator/unit/description.h"
+#include "simulator/unit/failure.h"
 #include "simulator/unit/init.h"
 #include "simulator/unit/installation.h"
 #include "simulator/unit/observation.h"
@@ -27,8 +28,8 @@ namespace {
 struct pipe_pair {
     pipe_pair() : pipe_pair(made()) {}
 
-    descriptor read_end;
-    descriptor write_end;
+    renewer::owned_descriptor read_end;
+    renewer::owned_descriptor write_end;
 
 private:
     explicit pipe_pair(std::array<int, 2> ends) : read_end(ends[0]), write_end(ends[1]) {}
@@ -141,7 +142,7 @@ outcome unit::run(const std::vector<std::string> &arguments) {
     recorder records(below(root, record_path));
     pipe_pair result;
     pipe_pair signal_request;
-    const descriptor key_device(open_key_device(below(root, "/dev/input/event1")));
+    const renewer::owned_descriptor key_device(open_key_device(below(root, "/dev/input/event1")));
     const boot how = {root,
                       command_of(arguments),
                       environment_of(*plan),
@@ -154,7 +155,7 @@ outcome unit::run(const std::vector<std::string> &arguments) {
                       result.write_end.get()};
     observation seen(*plan, {root, key_device.get(), {}, signal_request.write_end.get()});
     const pid_t unit_process = start_unit(how);
-    result.write_end.close_now();
+    result.write_end.reset();
 
     observe(*plan, records, result.read_end.get(), unit_process, seen);
     waitpid(unit_process, nullptr, 0);

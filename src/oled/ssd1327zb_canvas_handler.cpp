@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace renewer {
 
@@ -62,7 +63,7 @@ void destory_ssd1327sd_canvas_handler(canvas_handler **handler) {
     if (handler == nullptr || *handler == nullptr) {
         return;
     }
-    canvas_handler *const record = *handler;
+    const owned_memory<canvas_handler> record(std::exchange(*handler, nullptr));
     if (record->close != nullptr) {
         record->close(record->fd);
     }
@@ -70,8 +71,6 @@ void destory_ssd1327sd_canvas_handler(canvas_handler **handler) {
     if (record->destroy_canvas != nullptr) {
         record->destroy_canvas(&record->canvas);
     }
-    free(record);
-    *handler = nullptr;
 }
 
 } // namespace renewer

@@ -50,6 +50,9 @@ public:
     // Hands the descriptor over to the caller, who closes it.
     int release() { return std::exchange(held, -1); }
 
+    // Closes the descriptor before the end of the scope, and holds another one or none.
+    void reset(int descriptor = -1) { owned_descriptor(std::exchange(held, descriptor)); }
+
 private:
     int held;
 };

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+namespace simulator {
+
+// Throws std::system_error with what errno says.
+[[noreturn]] inline void fail(const std::string &what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+} // namespace simulator
