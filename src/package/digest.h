@@ -13,7 +13,7 @@ struct package_digest {
     bool complete; // false when the package could not be read to its end
 };
 
-// Digests `package`, open for reading, in chunks of `chunk` bytes.
-package_digest digest_package(FILE *package, size_t chunk);
+// Digests `package`, open for reading.
+package_digest digest_package(FILE *package);
 
 } // namespace renewer

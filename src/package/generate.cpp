@@ -3,7 +3,9 @@
 #include "package/digest.h"
 #include "package/reading.h"
 #include "platform/debug.h"
+#include "platform/files.h"
 
+#include <algorithm>
 #include <cstring>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -12,7 +14,6 @@ namespace renewer {
 
 namespace {
 
-constexpr size_t digest_chunk_size = 1024;
 constexpr size_t version_text_size = 15;
 constexpr size_t most_nodes = 64; // the node types that can carry a file
 constexpr char zeros[8] = {};
@@ -68,6 +69,15 @@ bool fill_header(const package_plan &plan, generation *package) {
     head.version_len = static_cast<uint32_t>(strlen(package->version) + 1);
     head.head_len = static_cast<uint32_t>(pack_head_new_size) + head.version_len;
     return true;
+}
+
+// Whether the package would be written over one of its own sources.
+bool is_a_source(const char *packpath, const package_plan &plan) {
+    struct stat target = {};
+    return stat(packpath, &target) == 0 &&
+           std::any_of(plan.sources.begin(), plan.sources.end(), [&](const char *source) {
+               return source != nullptr && is_file(source, target);
+           });
 }
 
 bool register_sources(const package_plan &plan, generation *package) {
@@ -144,7 +154,7 @@ bool write_header(FILE *out, const generation &package) {
 
 // Puts the digest in place of the placeholder, once all else has reached the file.
 bool seal(FILE *out) {
-    const package_digest digest = digest_package(out, digest_chunk_size);
+    const package_digest digest = digest_package(out);
     if (!digest.complete) {
         return false;
     }
@@ -190,12 +200,12 @@ int register_file(pack_head_new *head, pack_node *nodes, const char *path, const
 
 int copy_to_stream(const char *path, FILE *stream) {
     const owned_file in = open_package(path);
-    if (in == nullptr || stream == nullptr) {
+    if (in == nullptr || stream == nullptr || is_open_file(path, stream)) {
         return 0;
     }
-    char chunk[read_ahead_size];
-    while (const size_t taken = fread(chunk, 1, sizeof(chunk), in.get())) {
-        if (!write_bytes(chunk, taken, stream)) {
+    transfer_buffer chunk;
+    while (const size_t taken = fread(chunk.bytes(), 1, chunk.size(), in.get())) {
+        if (!write_bytes(chunk.bytes(), taken, stream)) {
             return 0;
         }
     }
@@ -207,11 +217,14 @@ int write_package(const package_plan &plan, const char *packpath) {
     if (packpath == nullptr || !fill_header(plan, &package)) {
         return 0;
     }
+    if (is_a_source(packpath, plan)) {
+        return 0;
+    }
     const owned_file out(fopen(packpath, "w+e"));
     if (out == nullptr) {
         return 0;
     }
-    take_whole_requests(out.get());
+    make_unbuffered(out.get());
     debug(1, "iMainVersion(%d) iSubVersion(%d) iReversion(%d) itypeVersion\n", plan.version[0],
           plan.version[1], plan.version[2]);
     debug(5, "gen_content=%s\n", package.version);

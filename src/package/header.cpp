@@ -41,10 +41,7 @@ int get_pack_head_new(const char *packpath, pack_head_new *out) {
     if (package == nullptr || out == nullptr) {
         return 0;
     }
-    if (fread(out, 1, pack_head_new_size, package.get()) == 0) {
-        return 0;
-    }
-    return read_version_text(package.get(), out) ? 1 : 0;
+    return read_head_new(package.get(), out) ? 1 : 0;
 }
 
 int get_magic(const char *path, void *out) {

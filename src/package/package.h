@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/debug.h" // part of this interface
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -107,7 +109,7 @@ int get_pack_head(const char *path, pack_head *out);
 
 // Reads a new-layout header into `out`, which the caller has zeroed: a file of 1 to 99 bytes fills
 // what it holds. The magic is not checked. `version_content` is set to a heap buffer with the
-// version text, cut at the end of the file (and at 64 KiB) when `version_len` claims more, and
+// version text: `version_len` bytes, but 64 KiB at the most, zero behind what the file has, and
 // always terminated. The caller frees it, also when the reading failed.
 //
 // Returns 1 when the header and at least one byte of the version text were read; 0 otherwise, and
@@ -120,8 +122,7 @@ void show_header(const pack_head *head);
 void show_nodes(const pack_head *head, const pack_node *nodes);
 
 // The same for the new layout. Text fields are printed to their terminator or to the end of their
-// field, the version text to its terminator or to `version_len` bytes; a null version text prints
-// as an empty one.
+// field, the version text to its terminator; a null version text prints as an empty one.
 void show_header_new(const pack_head_new *head);
 void show_nodes_new(const pack_head_new *head, const pack_node *nodes);
 
@@ -151,7 +152,8 @@ int is_package_type(unsigned type);
 //
 // Return 1 for a sound package; 0 otherwise, with one line of what is wrong: "path error!\n" (null
 // path), "open fail!\n", "size differently!\n" (old layout, short header) or " Get header error!\n"
-// (new layout), "header error!\n" (magic), "md5 error!\n".
+// (new layout, also for a file that does not open), "header error!\n" (magic), "read fail!\n" (the
+// medium fails), "md5 error!\n".
 int validate_package(const char *path);
 int validate_package_new(const char *path);
 
@@ -160,19 +162,22 @@ int validate_package_new(const char *path);
 // others. The files land in `out_dir`, which is made by "mkdir -p", or in the current directory
 // when it is null. Prints "outpath : %s\n" and the node's line of `show_nodes` for each. Neither
 // magic nor digest is checked; a node that runs past the end of the package gives a shorter file.
+// A node whose file is the package itself is left out; this, and a file that could not be written,
+// is reported at debug level 1.
 //
-// Return 1 when every node was processed, whether or not its file could be written; 0 when
-// header, version text or node table cannot be read or the table has more than `most_node_records`
-// (then nothing was written; what is missing is reported at debug level 1), and at the first node
-// whose path would have 256 bytes or more.
+// Return 1 when every node was processed, whether or not its file could be written; 0 with nothing
+// written when header, version text or node table cannot be read (what is missing is reported at
+// debug level 1), when the table has more than `most_node_records` and when the path of a node
+// would have 256 bytes or more.
 int unpack_package(const char *path, const char *out_dir);
 int unpack_package_new(const char *path, const char *out_dir);
 
 // Copies the payload of `node` from the package `in` into a new file, up to the end of the package
 // when it has less. Moves the position of `in`.
 //
-// Returns 1 when the file was written; 0 for a null argument (`in` null leaves an empty file), or
-// when the file cannot be created or written.
+// Returns 1 when the file was written; 0 for a null argument (`in` null leaves an empty file), when
+// the file cannot be created or written or the package cannot be read, and, with the package left
+// as it is, when both are the same file.
 int node_to_file(FILE *in, const pack_node *node, const char *outpath);
 
 // What a package is made of.
@@ -189,7 +194,8 @@ struct package_plan {
 // fit its field is refused before the file is created; a later failure leaves an incomplete file,
 // which `validate_package_new` refuses. Sources are read as they stand at the time: one that is
 // missing or too large is reported as "Error path invalid : %s\n", one that is empty or changes
-// its size in the meantime fails in silence.
+// its size in the meantime fails in silence. So does a package that would be one of its sources,
+// which is left as it is.
 //
 // Returns 1 when the package was written completely, 0 otherwise.
 int write_package(const package_plan &plan, const char *packpath);
@@ -227,7 +233,7 @@ int register_file(pack_head_new *head, pack_node *nodes, const char *path, const
 // and a file of 4 GiB or more give 0 and "Error path invalid : %s\n".
 uint32_t get_file_size(const char *path);
 
-// Appends the content of the file at `path` to `stream`.
+// Appends the content of the file at `path` to `stream`, which must be another file.
 //
 // Returns 1 when all was read and handed to the stream, 0 otherwise.
 int copy_to_stream(const char *path, FILE *stream);

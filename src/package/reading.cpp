@@ -1,10 +1,12 @@
 #include "package/reading.h"
 
+#include "package/piped.h"
 #include "platform/debug.h"
 #include "platform/files.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -14,13 +16,14 @@ namespace {
 
 static_assert(sizeof(off_t) == 8, "packages reach 4 GiB");
 
-constexpr uint64_t longest_version_text = 64 * 1024;
+constexpr uint32_t longest_version_text = 64 * 1024;
 
-// Bytes of the file from `offset` to its end.
-uint64_t bytes_from(FILE *package, uint64_t offset) {
+// Bytes of the package from `offset` to its end, as far as its size can be known: a regular file
+// has one, a pipe or a device may hold anything.
+uint64_t most_bytes_from(FILE *package, uint64_t offset) {
     struct stat status = {};
-    if (fstat(fileno(package), &status) != 0 || status.st_size < 0) {
-        return 0;
+    if (fstat(fileno(package), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return UINT64_MAX;
     }
     const auto size = static_cast<uint64_t>(status.st_size);
     return size > offset ? size - offset : 0;
@@ -34,14 +37,20 @@ void report_short_table(uint64_t there, uint64_t wanted) {
 } // namespace
 
 owned_file open_package(const char *path) {
-    owned_file package = open_for_reading(path);
+    owned_descriptor input = open_without_waiting(path);
+    if (!input) {
+        return nullptr;
+    }
+    fcntl(input.get(), F_SETFL, 0); // reading waits
+    owned_file package = lseek(input.get(), 0, SEEK_CUR) < 0 ? open_piped(std::move(input))
+                                                             : stream_of(std::move(input), "r");
     if (package != nullptr) {
-        take_whole_requests(package.get());
+        make_unbuffered(package.get());
     }
     return package;
 }
 
-void take_whole_requests(FILE *stream) {
+void make_unbuffered(FILE *stream) {
     setvbuf(stream, nullptr, _IONBF, 0);
 }
 
@@ -50,9 +59,7 @@ bool seek_to(FILE *package, uint64_t offset) {
 }
 
 bool read_version_text(FILE *package, pack_head_new *head) {
-    const uint64_t there = bytes_from(package, pack_head_new_size);
-    const auto length =
-        static_cast<size_t>(std::min({uint64_t{head->version_len}, there, longest_version_text}));
+    const size_t length = std::min(head->version_len, longest_version_text);
     head->version_content = static_cast<char *>(calloc(length + 1, 1));
     if (head->version_content == nullptr) {
         return false;
@@ -60,9 +67,13 @@ bool read_version_text(FILE *package, pack_head_new *head) {
     return fread(head->version_content, 1, length, package) > 0;
 }
 
+bool read_head_new(FILE *package, pack_head_new *head) {
+    return fread(head, 1, pack_head_new_size, package) > 0 && read_version_text(package, head);
+}
+
 owned_memory<pack_node> read_node_table(FILE *package, uint64_t offset, uint32_t count) {
     const uint64_t wanted = uint64_t{count} * sizeof(pack_node);
-    const uint64_t there = bytes_from(package, offset);
+    const uint64_t there = most_bytes_from(package, offset);
     if (there < wanted) {
         report_short_table(there, wanted);
         return nullptr;

@@ -19,15 +19,25 @@ constexpr uint64_t node_table_offset(uint32_t head_len) {
     return align4(head_len) + 4;
 }
 
-// Bytes that are read or copied at once, past the stream's own buffer, so that a package moves with
-// few system calls and without a second copy.
-constexpr size_t read_ahead_size = 128 * 1024;
+// Room for the bytes that are copied or digested at once, past the stream's own buffer: much, so
+// that a package moves with few system calls; little where there is no memory for that.
+class transfer_buffer {
+public:
+    uint8_t *bytes() { return large != nullptr ? large.get() : small; }
+    size_t size() const { return large != nullptr ? large_size : sizeof(small); }
 
-// Makes a system call of each request to a stream just opened: its requests are large.
-void take_whole_requests(FILE *stream);
+private:
+    static constexpr size_t large_size = 128 * 1024;
+    owned_memory<uint8_t> large{static_cast<uint8_t *>(malloc(large_size))};
+    uint8_t small[4096];
+};
 
-// Opens a package for reading; empty for a null path and when it cannot be opened. Never waits: a
-// pipe without a writer opens and has nothing in it.
+// Turns off the buffer of a stream just opened: what is asked of it is large.
+void make_unbuffered(FILE *stream);
+
+// Opens a package for reading, unbuffered; empty for a null path and when it cannot be opened. A
+// pipe without a writer opens without waiting for one and has nothing in it; with one it is read to
+// its end (see `open_piped`).
 owned_file open_package(const char *path);
 
 // Moves to `offset` from the start of the file; false when the stream cannot.
@@ -39,9 +49,12 @@ bool seek_to(FILE *package, uint64_t offset);
 // Returns whether at least one byte was read.
 bool read_version_text(FILE *package, pack_head_new *head);
 
-// Reads the table of `count` records at `offset`. A table that the file does not hold is reported
-// (see `show_package_info`) and not allocated. More than `most_node_records` are refused in
-// silence.
+// Reads both, as `get_pack_head_new` does.
+bool read_head_new(FILE *package, pack_head_new *head);
+
+// Reads the table of `count` records at `offset`. A table that the package does not hold is
+// reported (see `show_package_info`), and not allocated where that shows beforehand. More than
+// `most_node_records` are refused in silence.
 //
 // Returns the table, which is never empty of room when `count` is 0; nothing on failure.
 owned_memory<pack_node> read_node_table(FILE *package, uint64_t offset, uint32_t count);

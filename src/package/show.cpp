@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cinttypes>
-#include <climits>
 #include <cstdio>
 
 namespace renewer {
@@ -75,14 +74,13 @@ void show_header_new(const pack_head_new *head) {
         return;
     }
     const char *const version = head->version_content == nullptr ? "" : head->version_content;
-    const int version_end = static_cast<int>(std::min<uint32_t>(head->version_len, INT_MAX));
     printf("magic          : %#0x\n", head->magic);
     printf("head_len       : %d\n", as_int(head->head_len));
     printf("head_version   : %d\n", as_int(head->head_version));
     printf("pnlen          : %d\n", as_int(head->pnlen));
     printf("pn             : %.*s\n", int{sizeof(head->pn)}, head->pn);
     printf("version_len    : %d\n", as_int(head->version_len));
-    printf("version_content: %.*s\n", version_end, version);
+    printf("version_content: %s\n", version);
     printf("git_version    : %.*s\n", int{sizeof(head->git_version)}, head->git_version);
     printf("date           : %.*s\n", int{sizeof(head->date)}, head->date);
     printf("time           : %.*s\n", int{sizeof(head->time)}, head->time);

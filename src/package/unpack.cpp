@@ -2,10 +2,13 @@
 
 #include "package/reading.h"
 #include "platform/debug.h"
+#include "platform/files.h"
 #include "platform/shell.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <sys/stat.h>
 
 namespace renewer {
@@ -26,38 +29,54 @@ bool build_out_path(char (&path)[out_path_size], const char *out_dir, uint32_t t
     return length >= 0 && static_cast<size_t>(length) < sizeof(path);
 }
 
-// Copies up to `size` bytes, as many as there are; false when they could not be written.
+// Copies up to `size` bytes, as many as there are; false when they could not be read or written.
 bool copy_payload(FILE *in, uint32_t size, FILE *out) {
-    char chunk[read_ahead_size];
+    transfer_buffer chunk;
+    clearerr(in); // of an earlier node
     uint32_t remaining = size;
     while (remaining > 0) {
-        const size_t wanted = std::min<size_t>(sizeof(chunk), remaining);
-        const size_t taken = fread(chunk, 1, wanted, in);
+        const size_t wanted = std::min<size_t>(chunk.size(), remaining);
+        const size_t taken = fread(chunk.bytes(), 1, wanted, in);
         if (taken == 0) {
             break;
         }
-        if (fwrite(chunk, 1, taken, out) < taken) {
+        if (fwrite(chunk.bytes(), 1, taken, out) < taken) {
             return false;
         }
         remaining -= static_cast<uint32_t>(taken);
     }
-    return fflush(out) == 0;
+    return ferror(in) == 0 && fflush(out) == 0;
+}
+
+// Extracts a node into its file. What stands in the way of that is reported, and the file is left
+// as it then is.
+void unpack_node(FILE *package, const pack_node &node, const char *path) {
+    if (is_open_file(path, package)) {
+        debug(1, "%s is the package itself, left out\n", path);
+        return;
+    }
+    if (node_to_file(package, &node, path) == 0) {
+        debug(1, "%s could not be written: %s\n", path, strerror(errno));
+    }
+    if (node.type == install_type) {
+        chmod(path, install_mode);
+    }
 }
 
 int unpack_nodes(FILE *package, uint32_t count, const pack_node *nodes, const char *out_dir) {
+    char path[out_path_size];
+    for (uint32_t i = 0; i < count; ++i) {
+        if (!build_out_path(path, out_dir, nodes[i].type)) {
+            return 0;
+        }
+    }
     if (out_dir != nullptr) {
         shell_with_argument("mkdir -p", out_dir);
     }
     for (uint32_t i = 0; i < count; ++i) {
-        char path[out_path_size];
-        if (!build_out_path(path, out_dir, nodes[i].type)) {
-            return 0;
-        }
+        build_out_path(path, out_dir, nodes[i].type);
         printf("outpath : %s\n", path);
-        node_to_file(package, &nodes[i], path);
-        if (nodes[i].type == install_type) {
-            chmod(path, install_mode);
-        }
+        unpack_node(package, nodes[i], path);
         show_node(static_cast<int>(i), nodes[i]);
     }
     return 1;
@@ -85,11 +104,14 @@ int node_to_file(FILE *in, const pack_node *node, const char *outpath) {
     if (node == nullptr || outpath == nullptr) {
         return 0;
     }
+    if (in != nullptr && is_open_file(outpath, in)) {
+        return 0;
+    }
     const owned_file out(fopen(outpath, "w+e"));
     if (out == nullptr || in == nullptr) {
         return 0;
     }
-    take_whole_requests(out.get());
+    make_unbuffered(out.get());
     return seek_to(in, node->offset) && copy_payload(in, node->size, out.get()) ? 1 : 0;
 }
 

@@ -10,8 +10,6 @@ namespace renewer {
 
 namespace {
 
-constexpr size_t chunk_size = 8192;
-
 int refuse(const char *message) {
     debug(0, "%s", message);
     return 0;
@@ -23,7 +21,10 @@ bool is_new_layout_magic(uint32_t magic) {
 
 // Compares the digest of the package with the one that its header carries, byte by byte.
 int check_digest(FILE *package, const uint8_t *stored) {
-    const package_digest digest = digest_package(package, chunk_size);
+    const package_digest digest = digest_package(package);
+    if (!digest.complete) {
+        return refuse("read fail!\n");
+    }
     for (int i = 0; i < static_cast<int>(md5_size); ++i) {
         debug(5, "digest[%d] %02x", i, digest.bytes[i]);
         debug(5, "\n");
@@ -60,18 +61,15 @@ int validate_package_new(const char *path) {
     if (path == nullptr) {
         return refuse("path error!\n");
     }
+    const owned_file package = open_package(path);
     pack_head_new head = {};
-    const int has_header = get_pack_head_new(path, &head);
+    const bool has_header = package != nullptr && read_head_new(package.get(), &head);
     const owned_memory<char> version(head.version_content);
-    if (has_header == 0) {
+    if (!has_header) {
         return refuse(" Get header error!\n");
     }
     if (!is_new_layout_magic(head.magic)) {
         return refuse("header error!\n");
-    }
-    const owned_file package = open_package(path);
-    if (package == nullptr) {
-        return refuse("open fail!\n");
     }
     return check_digest(package.get(), head.md5);
 }

@@ -2,6 +2,7 @@
 
 #include "platform/owner.h"
 #include "tests/discovery/storage.h"
+#include "tests/support/small_disk.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -176,6 +177,16 @@ TEST(get_valid_package, path_that_would_be_cut) {
         put_package(dir + "/update_abc_b20240523.bin", host_1013);
         const search done = search_in(dir, unit_with("1013"));
         EXPECT_EQ(done.result, length == 255) << length;
+    }
+}
+
+TEST(get_valid_package, storage_that_cannot_be_written_is_not_searched) {
+    const small_disk disk(65536);
+    put_package(disk.path + "/update_abc_b20240523.bin"s, host_1013);
+    for (const bool writable : {true, false}) {
+        const unsigned long flags = writable ? MS_REMOUNT : MS_REMOUNT | MS_RDONLY;
+        ASSERT_EQ(mount(nullptr, disk.path, nullptr, flags, nullptr), 0);
+        EXPECT_EQ(search_in(disk.path, unit_with("1013")).result, writable);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "tests/package/sample.h"
 #include "tests/support/files.h"
 #include "tests/support/printed.h"
+#include "tests/support/small_stack.h"
 
 #include <gtest/gtest.h>
 
@@ -30,7 +31,8 @@ int generate(const sources &s) {
                        s[62], s[63], s[64], s[65]);
 }
 
-// Each of the 64 arguments reaches the node of its own type, and comes back under its own name.
+// Each of the 64 arguments reaches the node of its own type, and comes back under its own name; in
+// a thread too.
 TEST(gen_package, all_types_at_once) {
     std::array<std::string, 66> files;
     sources given = {};
@@ -41,13 +43,16 @@ TEST(gen_package, all_types_at_once) {
             given[type] = files[type].c_str();
         }
     }
-    const std::string lines = printed([&] { EXPECT_EQ(generate(given), 1); });
+    const std::string lines =
+        printed([&] { on_small_stack([&] { EXPECT_EQ(generate(given), 1); }); });
     const std::string bytes = get_file(path);
     EXPECT_EQ(bytes.substr(88, 12),
               sample::word(64) + sample::word(0xffffffff) + sample::word(0xffffffff));
     printed([] {
-        EXPECT_EQ(validate_package_new(path), 1);
-        EXPECT_EQ(unpack_package_new(path, "/tmp/out"), 1);
+        on_small_stack([] {
+            EXPECT_EQ(validate_package_new(path), 1);
+            EXPECT_EQ(unpack_package_new(path, "/tmp/out"), 1);
+        });
     });
     for (size_t type = 1; type < files.size(); ++type) {
         const std::string out = "/tmp/out/"s + node_type_strs[type] + (type == 1 ? ".sh" : ".bin");

@@ -1,6 +1,7 @@
 #include "package/package.h"
 
 #include "tests/package/sample.h"
+#include "tests/support/failing_medium.h"
 #include "tests/support/files.h"
 #include "tests/support/printed.h"
 #include "tests/support/small_disk.h"
@@ -22,6 +23,9 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char *path = "/tmp/package.bin";
+
+// What the library's streams claim to have in front of them.
+int64_t stream_offset = 0;
 
 // 23 May 2024, 09:05:01.
 constexpr struct tm made = {.tm_sec = 1,
@@ -240,8 +244,34 @@ TEST(generate, source_that_changes_in_the_meantime) {
 
 TEST(generate, source_that_is_the_package_itself) {
     put_file(path, "an older package");
-    EXPECT_EQ(generate(plan_of({{1, path}})).result, 0);
-    EXPECT_EQ(validated(), 0);
+    fs::create_symlink(path, "/tmp/link");
+    fs::create_hard_link(path, "/tmp/second_name");
+    for (const char *source : {path, "/tmp/link", "/tmp/second_name"}) {
+        const generated done = generate(plan_of({{1, "/dev/null"}, {65, source}}));
+        EXPECT_EQ(done.result, 0) << source;
+        EXPECT_EQ(done.lines, "");
+        EXPECT_EQ(get_file(path), "an older package") << source;
+    }
+}
+
+// In the source, at its end, in what is digested and at its end.
+TEST(generate, medium_that_fails) {
+    put_file("/tmp/kernel", "kernel!\n");
+    for (int reads = 0; reads <= 4; ++reads) {
+        reads_that_work = reads;
+        const generated done = generate(plan_of({{3, "/tmp/kernel"}}));
+        EXPECT_EQ(done.result, reads == 4) << reads;
+        EXPECT_EQ(done.lines.find("md5") != std::string::npos, reads == 4) << reads;
+    }
+}
+
+// The last place where a payload can begin.
+TEST(generate, package_beyond_32_bits) {
+    put_file("/tmp/kernel", "kernel!\n");
+    for (const int64_t place : {0xfffffffcLL, 0x100000000LL}) {
+        stream_offset = place - 124;
+        EXPECT_EQ(generate(plan_of({{3, "/tmp/kernel"}})).result, place == 0xfffffffcLL);
+    }
 }
 
 // The disk fills up at one page after the other: in the payloads, the table and the header.
@@ -287,9 +317,15 @@ TEST(generate, helpers) {
     EXPECT_EQ(copy_to_stream("/tmp/source", stream), 1);
     EXPECT_EQ(copy_to_stream("/tmp/none", stream), 0);
     EXPECT_EQ(copy_to_stream("/tmp", stream), 0);
+    EXPECT_EQ(copy_to_stream("/tmp/stream", stream), 0);
     EXPECT_EQ(copy_to_stream("/tmp/source", nullptr), 0);
     fclose(stream);
     EXPECT_EQ(get_file("/tmp/stream"), "content");
 }
 
 } // namespace
+
+extern "C" int64_t __real_ftello64(FILE *stream);
+extern "C" int64_t __wrap_ftello64(FILE *stream) {
+    return __real_ftello64(stream) + stream_offset;
+}

@@ -73,11 +73,10 @@ TEST(header, version_length_claims_more_than_the_file_holds) {
         const reading read(sample::new_header{.version_len = claimed}.bytes() + "1.1.4.0x");
         EXPECT_EQ(read.result, 1) << claimed;
         EXPECT_EQ(read.head.version_len, claimed);
-        EXPECT_STREQ(read.version.get(), "1.1.4.0x") << claimed;
+        const size_t room = std::min<size_t>(claimed, 65536);
+        EXPECT_EQ(std::string(read.version.get(), room), sample::field("1.1.4.0x", room))
+            << claimed;
     }
-}
-
-TEST(header, version_text_of_any_length_has_bounded_memory) {
     const reading read(sample::new_header{.version_len = 1000000}.bytes() +
                        std::string(1000000, '1'));
     EXPECT_EQ(read.result, 1);
@@ -160,6 +159,12 @@ TEST(header, magic_of_a_file_that_does_not_open) {
         EXPECT_EQ(testing::internal::GetCapturedStderr(), error);
         EXPECT_EQ(testing::internal::GetCapturedStdout(), result ? "ret=4\n" : "");
     }
+}
+
+TEST(header, debug_print_comes_with_the_packages) {
+    set_debug_mode(1);
+    EXPECT_EQ(debug_flag, 1);
+    EXPECT_EQ(debug(2, "not printed"), 0);
 }
 
 TEST(header, every_type_is_a_package_type) {

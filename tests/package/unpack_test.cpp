@@ -2,10 +2,13 @@
 
 #include "platform/owner.h"
 #include "tests/package/sample.h"
+#include "tests/support/failing_medium.h"
 #include "tests/support/files.h"
+#include "tests/support/piped.h"
 #include "tests/support/printed.h"
 #include "tests/support/small_disk.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -15,6 +18,7 @@
 
 using namespace renewer;
 using namespace std::string_literals;
+using testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {
@@ -215,11 +219,48 @@ TEST(unpack, output_path_of_256_characters_is_refused) {
     EXPECT_EQ(listing(longest), "kernel.bin: a\n");
     fs::remove_all(parent);
 
-    const std::string too_long = longest + "e";
-    const unpacking refused = unpack(unpack_package, fitting, too_long.c_str());
-    EXPECT_EQ(refused.result, 0);
-    EXPECT_EQ(refused.lines, "");
-    EXPECT_TRUE(fs::is_empty(too_long));
+    const std::string second_too_long =
+        with_nodes({sample::node(3, 84, 1), sample::node(14, 84, 1)}, "a");
+    for (const auto &[content, directory] :
+         {std::pair(fitting, longest + "e"), std::pair(second_too_long, longest)}) {
+        const unpacking refused = unpack(unpack_package, content, directory.c_str());
+        EXPECT_EQ(refused.result, 0);
+        EXPECT_EQ(refused.lines, "");
+        EXPECT_FALSE(fs::exists(parent));
+    }
+}
+
+TEST(unpack, package_that_bears_a_nodes_name) {
+    for (const char *own : {"install.sh", "renewer.bin"}) {
+        for (const bool second_name : {false, true}) {
+            fs::remove_all("/tmp/out");
+            put_file(path, "");
+            fs::create_directory("/tmp/out");
+            const std::string file = "/tmp/out/"s + own;
+            second_name ? fs::create_hard_link(path, file) : fs::create_symlink(path, file);
+            const unpacking done = unpack(unpack_package, sample::old_package(), "/tmp/out");
+            EXPECT_EQ(done.result, 1) << file;
+            EXPECT_THAT(done.lines, HasSubstr(file + " is the package itself, left out\n"));
+            EXPECT_EQ(get_file(path), sample::old_package()) << file;
+            EXPECT_EQ(fs::status(path).permissions() & fs::perms::owner_exec, fs::perms::none);
+            const owned_file in(fopen(path, "r"));
+            const pack_node node = {.type = 3, .offset = 0, .size = 1};
+            EXPECT_EQ(node_to_file(in.get(), &node, file.c_str()), 0);
+            EXPECT_EQ(get_file(path), sample::old_package()) << file;
+            EXPECT_EQ(get_file("/tmp/out/install.sh").size() +
+                          get_file("/tmp/out/renewer.bin").size(),
+                      sample::old_package().size() + (own == "install.sh"s ? 12 : 5));
+        }
+    }
+}
+
+TEST(unpack, package_through_a_pipe) {
+    printed([] {
+        EXPECT_EQ(unpack_package(piped(sample::old_package()).path.c_str(), "/tmp/old"), 1);
+        EXPECT_EQ(unpack_package_new(piped(sample::new_package()).path.c_str(), "/tmp/new"), 1);
+    });
+    EXPECT_EQ(listing("/tmp/old"), "install.sh: true\n\nrenewer.bin: the renewer\n\n");
+    EXPECT_EQ(listing("/tmp/new"), "install.sh: true\n\nkernel.bin: kernel!\n\n");
 }
 
 TEST(unpack, node_to_a_file) {
@@ -246,6 +287,22 @@ TEST(unpack, node_to_a_full_disk) {
     const pack_node too_large = {.type = 3, .offset = 0, .size = 20000};
     EXPECT_EQ(node_to_file(in.get(), &fits, file.c_str()), 1);
     EXPECT_EQ(node_to_file(in.get(), &too_large, file.c_str()), 0);
+    const unpacking done =
+        unpack(unpack_package, with_nodes({sample::node(3, 72, 20000)}, std::string(20000, 'x')),
+               disk.path);
+    EXPECT_EQ(done.result, 1);
+    EXPECT_THAT(done.lines,
+                HasSubstr("/kernel.bin could not be written: No space left on device\n"));
+}
+
+TEST(unpack, node_of_a_medium_that_fails) {
+    put_file(path, "abcdefg");
+    const pack_node node = {.type = 3, .offset = 2, .size = 3};
+    for (const int reads : {1, 0}) {
+        const owned_file in(fopen(path, "r"));
+        reads_that_work = reads;
+        EXPECT_EQ(node_to_file(in.get(), &node, "/tmp/node"), reads);
+    }
 }
 
 } // namespace

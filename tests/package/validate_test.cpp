@@ -1,8 +1,11 @@
 #include "package/package.h"
 
 #include "tests/package/sample.h"
+#include "tests/support/failing_medium.h"
 #include "tests/support/files.h"
+#include "tests/support/piped.h"
 #include "tests/support/printed.h"
+#include "tests/support/scarce_memory.h"
 
 #include <gtest/gtest.h>
 
@@ -72,6 +75,9 @@ TEST(validate, each_layout_by_its_rules) {
         const verdicts given = verdicts_on(content);
         EXPECT_EQ(given.old_layout, expected.old_layout) << name;
         EXPECT_EQ(given.new_layout, expected.new_layout) << name;
+        EXPECT_EQ(answer_of(validate_package, piped(content).path.c_str()), expected.old_layout);
+        EXPECT_EQ(answer_of(validate_package_new, piped(content).path.c_str()), expected.new_layout)
+            << name;
     }
 }
 
@@ -95,6 +101,25 @@ TEST(validate, package_of_several_chunks) {
     const std::string digest = "\x13\xe4\x5d\x6d\xd9\xc2\x3e\x31\x9c\x25\x8c\xde\x72\xb6\x7f\x90"s;
     const std::string content = sample::old_header{.md5 = digest}.bytes() + std::string(20000, 'a');
     EXPECT_EQ(verdicts_on(content).old_layout, good);
+    EXPECT_EQ(answer_of(validate_package, piped(content).path.c_str()), good);
+    allocations_left = 0;
+    EXPECT_EQ(answer_of(validate_package, path), good);
+}
+
+TEST(validate, medium_that_fails) {
+    const answer unread = {0, "read fail!\n"};
+    const struct {
+        int (*validate)(const char *);
+        answer expected[4]; // by the reads that work
+    } cases[] = {{validate_package, {too_short, unread, unread, good}},
+                 {validate_package_new, {no_header, no_header, unread, unread}}};
+    put_file(path, sample::old_package(7));
+    for (const auto &[validate, expected] : cases) {
+        for (int reads = 0; reads < 4; ++reads) {
+            reads_that_work = reads;
+            EXPECT_EQ(answer_of(validate, path), expected[reads]) << reads;
+        }
+    }
 }
 
 TEST(validate, nothing_to_open) {
