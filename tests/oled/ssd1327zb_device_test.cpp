@@ -2,10 +2,8 @@
 
 #include "tests/support/files.h"
 #include "tests/support/grey.h"
-#include "tests/support/output.h"
+#include "tests/support/printed.h"
 #include "tests/support/spi_boundary.h"
-
-#include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -74,24 +72,18 @@ TEST_F(ssd1327zb_device, works_with_what_the_link_accepts) {
     ssd1327zb_close(fd);
 }
 
-TEST_F(ssd1327zb_device, says_that_there_is_no_device) {
-    output_listener printed;
-    EXPECT_EQ(ssd1327zb_open("/dev/spidev9.9"), -1);
-    EXPECT_EQ(ssd1327zb_open(nullptr), -1);
-    EXPECT_EQ(ssd1327zb_close(-1), -1);
-    EXPECT_EQ(printed.text, repeated(2, "spi_oled__open: open /dev/spidev0.0 error!\n"));
-    EXPECT_EQ(spi().transcript, "");
-}
-
-TEST_F(ssd1327zb_device, leaves_nothing_open_when_the_panel_does_not_start) {
+TEST_F(ssd1327zb_device, leaves_nothing_open_when_the_panel_cannot_be_had) {
     const size_t descriptors = open_descriptors();
+    EXPECT_EQ(printed([] {
+                  EXPECT_EQ(ssd1327zb_open("/dev/spidev9.9"), -1);
+                  EXPECT_EQ(ssd1327zb_open(nullptr), -1);
+                  EXPECT_EQ(ssd1327zb_close(-1), -1);
+              }),
+              repeated(2, "spi_oled__open: open /dev/spidev0.0 error!\n"));
+    EXPECT_EQ(spi().transcript, "");
     spi().failing = {1};
-    {
-        output_listener printed;
-        EXPECT_EQ(ssd1327zb_open(device), -1);
-        EXPECT_EQ(printed.text, "spi_write_cmd: ioctl command error!\n"
-                                "spi_oled__open: spi_write_cmd error!\n");
-    }
+    EXPECT_EQ(printed([] { EXPECT_EQ(ssd1327zb_open(device), -1); }),
+              "spi_write_cmd: ioctl command error!\nspi_oled__open: spi_write_cmd error!\n");
     EXPECT_EQ(open_descriptors(), descriptors);
     EXPECT_FALSE(spi().oled.shows());
 }
@@ -111,38 +103,28 @@ TEST_F(ssd1327zb_device, shows_the_frame_pixel_for_pixel) {
     ssd1327zb_close(fd);
 }
 
-TEST_F(ssd1327zb_device, refuses_what_is_no_frame) {
+TEST_F(ssd1327zb_device, sends_whole_frames_only_and_goes_on_after_transfers_that_fail) {
     const int fd = ssd1327zb_open(device);
     spi().forget();
-    output_listener printed;
-    EXPECT_EQ(ssd1327zb_flush_full_screen(fd, nullptr, 8192), -1);
-    for (const uint32_t count : {0u, 8191u, 8193u, 0x80002000u}) {
-        EXPECT_EQ(ssd1327zb_flush_full_screen(fd, drawn.frame->buf, count), -1);
-    }
-    EXPECT_EQ(printed.text, "ssd1327zd's canvas is null\n" +
-                                repeated(4, "ssd1327zd's canvas size is not match!\n"));
+    const uint8_t *const bytes = drawn.frame->buf;
+    EXPECT_EQ(printed([&] {
+                  EXPECT_EQ(ssd1327zb_flush_full_screen(fd, nullptr, 8192), -1);
+                  for (const uint32_t count : {0u, 8191u, 8193u, 0x80002000u}) {
+                      EXPECT_EQ(ssd1327zb_flush_full_screen(fd, bytes, count), -1);
+                  }
+              }),
+              "ssd1327zd's canvas is null\n" +
+                  repeated(4, "ssd1327zd's canvas size is not match!\n"));
+    EXPECT_EQ(printed([&] { EXPECT_EQ(flush(-1), 0); }),
+              "spi_write_cmd: file descriptor error!\n" +
+                  repeated(128, "spi_write_data: file descriptor error!\n"));
     EXPECT_EQ(spi().transcript, "");
-    ssd1327zb_close(fd);
-}
-
-TEST_F(ssd1327zb_device, goes_on_after_transfers_that_fail) {
-    const int fd = ssd1327zb_open(device);
-    spi().forget();
     spi().failing = {1, 3, 129};
-    output_listener printed;
-    EXPECT_EQ(flush(fd), 0);
+    EXPECT_EQ(printed([&] { EXPECT_EQ(flush(fd), 0); }),
+              "spi_write_cmd: ioctl command error!\n" +
+                  repeated(2, "spi_write_data: ioctl command error!\n"));
     EXPECT_EQ(spi().transfers, 129);
-    EXPECT_EQ(printed.text, "spi_write_cmd: ioctl command error!\n" +
-                                repeated(2, "spi_write_data: ioctl command error!\n"));
     ssd1327zb_close(fd);
-}
-
-TEST_F(ssd1327zb_device, tries_every_row_without_a_descriptor) {
-    output_listener printed;
-    EXPECT_EQ(flush(-1), 0);
-    EXPECT_EQ(printed.text, "spi_write_cmd: file descriptor error!\n" +
-                                repeated(128, "spi_write_data: file descriptor error!\n"));
-    EXPECT_EQ(spi().transcript, "");
 }
 
 } // namespace

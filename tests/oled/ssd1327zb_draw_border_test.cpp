@@ -1,9 +1,7 @@
 #include "oled/ssd1327zb_draw_border.h"
 
 #include "tests/support/grey.h"
-#include "tests/support/output.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/printed.h"
 
 using namespace renewer;
 
@@ -33,40 +31,26 @@ TEST(ssd1327zb_draw_border, draws_any_border_and_nothing_else) {
     for (int turn = 0; turn < 2000; ++turn) {
         const box area = thrown_box();
         const int thickness = thrown(0, 3) == 0 ? thrown(0, 255) : thrown(0, 12);
-        const int percentage = thrown(0, 130);
+        const int percentage = thrown(0, 3) == 0 ? thrown(0, 255) : thrown(0, 101);
         const grey_levels before = drawn.levels();
-        output_listener printed;
-        const int result = ssd1327zb_draw_border_on_canvas(
-            drawn.frame, &area, static_cast<uint8_t>(thickness), static_cast<uint8_t>(percentage));
+        int result = 0;
+        const std::string said = printed([&] {
+            result =
+                ssd1327zb_draw_border_on_canvas(drawn.frame, &area, static_cast<uint8_t>(thickness),
+                                                static_cast<uint8_t>(percentage));
+        });
         const int band = thickness == 0 ? 1 : thickness;
         const bool valid = lies_on_panel(area) && area.width > 0 && area.height > 0;
         const bool fits = valid && 2 * band <= area.width && 2 * band <= area.height;
         ++(fits ? done : valid ? too_thick : invalid_boxes);
         ASSERT_EQ(result, fits ? 0 : -1);
-        ASSERT_EQ(printed.text.empty(), fits);
+        ASSERT_EQ(said.empty(), fits);
         ASSERT_TRUE(
             drawn.levels() ==
             (fits ? with_border(before, area, band, std::min(percentage, 100) * 15 / 100) : before))
             << area.x << ' ' << area.y << ' ' << area.width << ' ' << area.height;
     }
-    EXPECT_GT(done, 200);
-    EXPECT_GT(too_thick, 200);
-    EXPECT_GT(invalid_boxes, 200);
-}
-
-TEST(ssd1327zb_draw_border, turns_percentages_into_levels) {
-    const struct {
-        uint8_t percentage;
-        int level;
-    } cases[] = {{0, 0},   {6, 0},   {7, 1},   {13, 1},   {14, 2},   {50, 7},
-                 {93, 13}, {94, 14}, {99, 14}, {100, 15}, {101, 15}, {255, 15}};
-    const box whole = {0, 0, 128, 128};
-    for (const auto &[percentage, level] : cases) {
-        any_canvas drawn;
-        const grey_levels before = drawn.levels();
-        EXPECT_EQ(ssd1327zb_draw_border_on_canvas(drawn.frame, &whole, 1, percentage), 0);
-        EXPECT_TRUE(drawn.levels() == with_border(before, whole, 1, level)) << int{percentage};
-    }
+    EXPECT_GT(std::min({done, too_thick, invalid_boxes}), 200);
 }
 
 TEST(ssd1327zb_draw_border, says_what_it_cannot_draw) {
@@ -75,43 +59,32 @@ TEST(ssd1327zb_draw_border, says_what_it_cannot_draw) {
         uint8_t thickness;
         const char *message;
     } cases[] = {
-        {{120, 0, 9, 9}, 1, "(120,0,9,9) is a invalid box \n"},
-        {{0, 120, 9, 9}, 1, "(0,120,9,9) is a invalid box \n"},
-        {{-1, 0, 9, 9}, 1, "(-1,0,9,9) is a invalid box \n"},
-        {{0, -2, 9, 9}, 1, "(0,-2,9,9) is a invalid box \n"},
+        {{120, -2, 9, 9}, 1, "(120,-2,9,9) is a invalid box \n"},
         {{5, 6, 0, 9}, 1, "(5,6,0,9) is a invalid box \n"},
         {{5, 6, 9, 0}, 1, "(5,6,9,0) is a invalid box \n"},
         {{1, 1, 65535, 65535}, 1, "(1,1,65535,65535) is a invalid box \n"},
         {{3, 4, 10, 4}, 2, ""},
         {{3, 4, 10, 4}, 3, "thickness 3 on box(3,4,10,4) is not invalid\n"},
-        {{3, 4, 4, 10}, 3, "thickness 3 on box(3,4,4,10) is not invalid\n"},
-        {{3, 4, 5, 5}, 3, "thickness 3 on box(3,4,5,5) is not invalid\n"},
         {{3, 4, 1, 9}, 0, "thickness 1 on box(3,4,1,9) is not invalid\n"},
         {{3, 4, 2, 2}, 0, ""},
     };
+    any_canvas drawn;
     for (const auto &[area, thickness, message] : cases) {
-        any_canvas drawn;
-        const grey_levels before = drawn.levels();
-        output_listener printed;
-        const int result = ssd1327zb_draw_border_on_canvas(drawn.frame, &area, thickness, 100);
-        EXPECT_EQ(printed.text, message);
-        EXPECT_EQ(result, printed.text.empty() ? 0 : -1) << message;
-        EXPECT_EQ(drawn.levels() == before, result != 0) << message;
+        EXPECT_EQ(
+            printed([&] { ssd1327zb_draw_border_on_canvas(drawn.frame, &area, thickness, 100); }),
+            message);
     }
-}
-
-TEST(ssd1327zb_draw_border, needs_a_whole_canvas_and_a_box) {
     const box area = {0, 0, 8, 8};
     uint8_t few[100] = {};
     canvas small = {128, 128, 4, few, sizeof(few)};
     canvas without_pixels = {128, 128, 4, nullptr, 8192};
-    any_canvas drawn;
-    output_listener printed;
-    for (canvas *frame : {&small, &without_pixels, static_cast<canvas *>(nullptr)}) {
-        EXPECT_EQ(ssd1327zb_draw_border_on_canvas(frame, &area, 1, 100), -1);
-    }
-    EXPECT_EQ(ssd1327zb_draw_border_on_canvas(drawn.frame, nullptr, 1, 100), -1);
-    EXPECT_EQ(printed.text, "");
+    EXPECT_EQ(printed([&] {
+                  for (canvas *frame : {&small, &without_pixels, static_cast<canvas *>(nullptr)}) {
+                      EXPECT_EQ(ssd1327zb_draw_border_on_canvas(frame, &area, 1, 100), -1);
+                  }
+                  EXPECT_EQ(ssd1327zb_draw_border_on_canvas(drawn.frame, nullptr, 1, 100), -1);
+              }),
+              "");
     EXPECT_EQ(few[0], 0);
 }
 

@@ -11,3 +11,11 @@ std::string printed(operation run) {
     run();
     return testing::internal::GetCapturedStdout();
 }
+
+// The same for standard error.
+template <typename operation>
+std::string complained(operation run) {
+    testing::internal::CaptureStderr();
+    run();
+    return testing::internal::GetCapturedStderr();
+}
