@@ -2,6 +2,7 @@
 
 #include "simulator/panels/picture.h"
 #include "simulator/unit/event.h"
+#include "simulator/unit/supplies.h"
 
 #include <atomic>
 #include <chrono>
@@ -27,8 +28,16 @@ constexpr const char oled_node[] = "/dev/spidev0.0";
 struct happening {
     std::string name; // as the time line tells it, "press ok"
     moment when;
-    std::function<void(const struct running_unit &)> action;
+    std::function<void(struct running_unit &)> action;
 };
+
+enum class key : uint16_t; // see unit.h
+
+// Things that happen; `when` is the start of the run.
+happening pressing(key which);
+happening releasing(key which);
+happening removing(std::string_view path);
+happening cutting_power();
 
 // What the actions of a description act on while the unit runs.
 struct running_unit {
@@ -36,6 +45,7 @@ struct running_unit {
     int key_device;     // -1 when the unit's is none that takes events
     unit_time key_time; // the time that a key event tells
     int signal_request; // the write end of the pipe to the unit's first process: one byte a signal
+    bool power_cut = false;
 };
 
 struct unit_plan {
@@ -47,6 +57,7 @@ struct unit_plan {
     std::function<void(const event &)> watcher;
     std::function<void(const picture &)> screen_watcher;
     const std::atomic<bool> *stop_request = nullptr;
+    class live_hand *hand = nullptr;
     bool careless_starter = false;
     bool application_reads_output = false;
     double clock_speed = 40;

@@ -49,6 +49,16 @@ void be_careless() {
     close(STDIN_FILENO);
 }
 
+// How the desk takes signals is its own.
+void be_as_started_afresh() {
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        signal(number, SIG_DFL);
+    }
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 // Runs `command` in a child with these descriptors as its standard input, output and error.
 pid_t start(const std::vector<std::string> &command, const std::vector<std::string> &environment,
             int input, int output, int errors, const boot &how) {
@@ -64,6 +74,7 @@ pid_t start(const std::vector<std::string> &command, const std::vector<std::stri
         setrlimit(static_cast<__rlimit_resource>(resource), &limit);
     }
     signal(SIGPIPE, SIG_DFL);
+    close_range(3, ~0u, CLOSE_RANGE_CLOEXEC); // nothing of the desk's is open in the unit
     if (how.careless_starter) {
         be_careless();
     }
@@ -122,6 +133,12 @@ int wait_for(pid_t program, int signal_request) {
     }
 }
 
+pid_t first_process = 0;
+
+void end_first_process(int) {
+    kill(first_process, SIGKILL);
+}
+
 [[noreturn]] void be_first_process(const boot &how) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     put_root_together(how.root);
@@ -144,14 +161,16 @@ pid_t start_unit(const boot &how) {
         _exit(0);
     }
     setpgid(0, 0); // a key press of the desk's user that interrupts is the desk's to handle
+    be_as_started_afresh();
     // A process that enters a pid namespace stays outside; its next child is the first in it.
     enter_namespaces(CLONE_NEWPID | CLONE_NEWIPC | CLONE_NEWNET | CLONE_NEWUTS);
-    const pid_t first = fork();
-    if (first == 0) {
+    first_process = fork();
+    if (first_process == 0) {
         be_first_process(how);
     }
+    signal(SIGTERM, end_first_process); // until then it ends this process, and the unit with it
     close(how.result);
-    waitpid(first, nullptr, 0);
+    waitpid(first_process, nullptr, 0);
     _exit(0);
 }
 

@@ -25,7 +25,8 @@ struct boot {
 
 // Starts the unit: namespaces of its own, the root as the unit sees it, the application and the
 // program. Everything in the unit ends with the process whose number this returns, which ends when
-// the program has ended, and with the calling process.
+// the program has ended, and with the calling process. Sent SIGTERM it ends the unit first, so that
+// nothing of the unit runs any more when it has ended.
 pid_t start_unit(const boot &how);
 
 } // namespace simulator

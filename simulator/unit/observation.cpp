@@ -1,5 +1,7 @@
 #include "simulator/unit/observation.h"
 
+#include "simulator/unit/live.h"
+
 #include <algorithm>
 
 namespace simulator {
@@ -8,8 +10,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Key events tell their planned time, not the desk's, so that what is printed of them is the same
-// in every run.
+// Planned key events tell their planned time, not the desk's, so that what is printed of them is
+// the same in every run.
 constexpr unit_time first_key_time = 1000s;
 
 constexpr int longest_desk_wait_ms = 5;
@@ -150,11 +152,20 @@ void observation::act() {
     for (scheduled &one : schedule) {
         if (one.due && !one.done && *one.due <= now()) {
             one.done = true;
-            note(event_kind::act, one.what->name);
-            acting.key_time = first_key_time + one.what->when.delay;
-            one.what->action(acting);
+            make_happen(*one.what, one.what->when.delay);
         }
     }
+    if (plan.hand != nullptr) {
+        for (const happening &one : plan.hand->take()) {
+            make_happen(one, now());
+        }
+    }
+}
+
+void observation::make_happen(const happening &what, unit_time key_time) {
+    note(event_kind::act, what.name);
+    acting.key_time = first_key_time + key_time;
+    what.action(acting);
 }
 
 int observation::desk_wait() const {

@@ -23,9 +23,11 @@ public:
     // Takes a record of the boundary's (see boundary.h).
     void note_record(std::string_view record);
 
-    // Makes happen what is due, and looks for the end marker: the rest of the unit acts on it when
-    // it is there, not when it is asked for.
+    // Makes happen what is due and what a hand asks for, and looks for the end marker: the rest of
+    // the unit acts on it when it is there, not when it is asked for.
     void act();
+
+    bool power_cut() const { return acting.power_cut; }
 
     // Milliseconds of the desk until the next happening may be due.
     int desk_wait() const;
@@ -42,6 +44,7 @@ private:
     };
 
     unit_time now() const;
+    void make_happen(const happening &what, unit_time key_time);
     void set_due(const event &happened);
     void take_line(std::string_view text);
     void take_level(std::string_view node, std::string_view number);

@@ -21,6 +21,7 @@ struct outcome {
     int exit_status = -1;   // -1 when the program was ended by a signal or by the real-time limit
     int ended_by = 0;       // the signal's number, 0 for none
     bool timed_out = false; // ended by the desk (see `unit::patience` and `unit::stop_when`)
+    bool power_cut = false; // ended by a power cut
     long peak_memory_kib = 0;
     // What the screen showed, one after the other; a picture stands until the next one does.
     std::vector<picture> pictures;

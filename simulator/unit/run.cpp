@@ -120,9 +120,11 @@ void observe(const unit_plan &plan, recorder &records, int result, pid_t unit_pr
         take_records(records, seen);
         seen.act();
         const bool stop = plan.stop_request != nullptr && *plan.stop_request;
-        if (running && (stop || std::chrono::steady_clock::now() > patience_ends)) {
-            seen.result.timed_out = true;
-            kill(unit_process, SIGKILL);
+        const bool had_enough = stop || std::chrono::steady_clock::now() > patience_ends;
+        if (running && (had_enough || seen.power_cut())) {
+            seen.result.timed_out = !seen.power_cut();
+            seen.result.power_cut = seen.power_cut();
+            kill(unit_process, SIGTERM); // see `start_unit`
             running = false;
         }
     }

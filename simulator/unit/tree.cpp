@@ -3,7 +3,6 @@
 #include "simulator/unit/description.h"
 #include "simulator/unit/unit.h"
 
-#include <cmath>
 #include <fstream>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -39,25 +38,7 @@ void write_file(const fs::path &path, std::string_view content, unsigned mode) {
     fs::permissions(path, static_cast<fs::perms>(mode));
 }
 
-// The raw counts of the converter behind a voltage, by the inputs' divider and offset.
-std::string battery_count(double volts) {
-    return std::to_string(std::lround(volts * 1023.0 / (5.255 * 1.8)));
-}
-
-std::string external_count(double volts) {
-    return std::to_string(std::max(0L, std::lround((volts * 1000.0 - 339.0) / 40.84)));
-}
-
-std::string type_c_count(double volts) {
-    return std::to_string(std::lround(volts * 1023.0 / 18.0));
-}
-
-constexpr const char usb_mode_path[] = "/sys/kernel/debug/ffd00000.dwc3/mode";
 constexpr const char key_device_path[] = "/dev/input/event1";
-
-std::string adc_path(int channel) {
-    return "/sys/bus/iio/devices/iio:device0/in_voltage" + std::to_string(channel) + "_raw";
-}
 
 // Seven bytes that nobody reads, then the part number.
 std::string host_record(std::string_view part_number) {
@@ -85,10 +66,10 @@ void make_usual_tree(const fs::path &root) {
         put(std::string("/sys/class/leds/") + led + "/brightness", "0\n");
     }
     put("/update/hw/sys", host_record("1013563400120000"));
-    put(adc_path(1), battery_count(8.2) + "\n");
-    put(adc_path(2), external_count(12.0) + "\n");
-    put(adc_path(3), "0\n");
-    put(usb_mode_path, "device\n");
+    for (const supply_file &supply :
+         {battery_at(8.2), external_at(12.0), type_c_at(0), usb_mode_of("device")}) {
+        put(supply.path, supply.content);
+    }
     for (const char *input : {"7Pin_Detect", "Batter_A_Detect", "Batter_B_Detect"}) {
         put(std::string("/sys/class/misc/gpio-misc/") + input + "/value", "1\n");
     }
@@ -142,28 +123,32 @@ unit &unit::install_script(std::string_view text) {
     return file("/firmware/update/install.sh", text, 0755);
 }
 
+unit &unit::supply(const supply_file &measured) {
+    return file(measured.path, measured.content);
+}
+
 unit &unit::adc(int channel, std::string_view text) {
-    return file(adc_path(channel), text);
+    return supply(adc_count(channel, text));
 }
 
 unit &unit::battery_volts(double volts) {
-    return adc(1, battery_count(volts) + "\n");
+    return supply(battery_at(volts));
 }
 
 unit &unit::external_volts(double volts) {
-    return adc(2, external_count(volts) + "\n");
+    return supply(external_at(volts));
 }
 
 unit &unit::without_external_power() {
-    return adc(2, "0\n").adc(3, "0\n");
+    return external_volts(0).type_c_volts(0);
 }
 
 unit &unit::type_c_volts(double volts) {
-    return adc(3, type_c_count(volts) + "\n");
+    return supply(type_c_at(volts));
 }
 
 unit &unit::usb_mode(std::string_view text) {
-    return file(usb_mode_path, std::string(text) + "\n");
+    return supply(usb_mode_of(text));
 }
 
 unit &unit::with_prompt_pictures() {

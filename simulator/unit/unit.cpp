@@ -44,27 +44,48 @@ void send_key_event(const running_unit &running, uint16_t type, uint16_t code, i
     }
 }
 
-void send_key_and_sync(const running_unit &running, key which, int32_t value) {
-    send_key_event(running, 1, static_cast<uint16_t>(which), value);
-    send_key_event(running, 0, 0, 0);
+// What a key does when it is pressed or released: its event and the synchronisation event.
+happening moving(const char *how, key which, int32_t value) {
+    return {how + std::string(name_of(which)), {}, [which, value](running_unit &running) {
+                send_key_event(running, 1, static_cast<uint16_t>(which), value);
+                send_key_event(running, 0, 0, 0);
+            }};
 }
 
 moment later(const moment &when, unit_time delay) {
     return {when.line, when.delay + delay, when.occurrence};
 }
 
+happening planned(happening what, const moment &when) {
+    what.when = when;
+    return what;
+}
+
 } // namespace
+
+happening pressing(key which) {
+    return moving("press ", which, 1);
+}
+
+happening releasing(key which) {
+    return moving("release ", which, 0);
+}
+
+happening removing(std::string_view path) {
+    return {"remove " + std::string(path), {}, [path = std::string(path)](running_unit &running) {
+                fs::remove_all(below(running.root, path));
+            }};
+}
+
+happening cutting_power() {
+    return {"cut the power", {}, [](running_unit &running) { running.power_cut = true; }};
+}
 
 unit::unit() : plan(std::make_shared<unit_plan>()) {}
 
 unit &unit::press(key which, const moment &when) {
-    const std::string name(name_of(which));
-    plan->happenings.push_back({"press " + name, when, [which](const running_unit &running) {
-                                    send_key_and_sync(running, which, 1);
-                                }});
-    plan->happenings.push_back(
-        {"release " + name, later(when, key_hold),
-         [which](const running_unit &running) { send_key_and_sync(running, which, 0); }});
+    plan->happenings.push_back(planned(pressing(which), when));
+    plan->happenings.push_back(planned(releasing(which), later(when, key_hold)));
     return *this;
 }
 
@@ -80,10 +101,8 @@ unit &unit::acknowledge_end(unit_time delay) {
 }
 
 unit &unit::remove(std::string_view path, const moment &when) {
-    return does(
-        "remove " + std::string(path),
-        [path = std::string(path)](const fs::path &root) { fs::remove_all(below(root, path)); },
-        when);
+    plan->happenings.push_back(planned(removing(path), when));
+    return *this;
 }
 
 unit &unit::write(std::string_view path, std::string_view content, const moment &when) {
@@ -101,6 +120,16 @@ unit &unit::kill_program(int signal, const moment &when) {
              const char number = static_cast<char>(signal);
              [[maybe_unused]] const ssize_t sent = ::write(running.signal_request, &number, 1);
          }});
+    return *this;
+}
+
+unit &unit::cut_power(const moment &when) {
+    plan->happenings.push_back(planned(cutting_power(), when));
+    return *this;
+}
+
+unit &unit::in_hand(live_hand &acting) {
+    plan->hand = &acting;
     return *this;
 }
 

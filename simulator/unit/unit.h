@@ -56,9 +56,10 @@ public:
     unit &package(const std::filesystem::path &file);
 
     // Supplies. The defaults are a full battery and an external 12 V supply.
-    unit &adc(int channel, std::string_view text); // "in_voltage<channel>_raw"
-    unit &battery_volts(double volts);             // of the whole battery (two cells)
-    unit &external_volts(double volts);            // DC input
+    unit &supply(const struct supply_file &measured); // see supplies.h
+    unit &adc(int channel, std::string_view text);    // "in_voltage<channel>_raw"
+    unit &battery_volts(double volts);                // of the whole battery (two cells)
+    unit &external_volts(double volts);               // DC input
     unit &without_external_power();
     unit &type_c_volts(double volts);
     unit &usb_mode(std::string_view text); // "host", "device"
@@ -81,6 +82,10 @@ public:
     unit &remove(std::string_view path, const moment &when);
     unit &write(std::string_view path, std::string_view content, const moment &when);
     unit &kill_program(int signal, const moment &when);
+    // Ends everything in the unit at once; the tree stays as it is at that moment.
+    unit &cut_power(const moment &when);
+    // Lets a hand act on the unit while it runs; it stands until then.
+    unit &in_hand(class live_hand &acting);
     // Runs `action` with the directory that holds the unit's tree.
     unit &does(std::string_view name, std::function<void(const std::filesystem::path &)> action,
                const moment &when);

@@ -108,15 +108,22 @@ TEST(trouble, killed_at_any_step_it_leaves_nothing_half_done) {
 
 TEST(trouble, nothing_of_a_unit_goes_on_after_the_run) {
     // The tree of a unit that is gone must stay as it is.
-    const outcome end = usual_unit()
-                            .install_script("#!/bin/sh\n(while :; do date > /tmp/alive; done) &\n")
-                            .run(no_questions);
-    ASSERT_TRUE(end.exists("/tmp/alive"));
-    const auto alive = *end.tree / "tmp/alive";
-    std::filesystem::remove(alive);
-    timespec pause = {0, 50'000'000};
-    nanosleep(&pause, nullptr);
-    EXPECT_FALSE(std::filesystem::exists(alive));
+    for (const bool cut : {false, true}) {
+        unit lively = usual_unit().install_script(
+            "#!/bin/sh\n(while :; do date > /tmp/alive; done) &\nsleep 30\n");
+        if (cut) {
+            lively.cut_power(after("out fork_exec", 20s));
+        }
+        const outcome end = lively.run(no_questions);
+        EXPECT_EQ(end.power_cut, cut);
+        EXPECT_EQ(end.has("call reboot"), !cut);
+        ASSERT_TRUE(end.exists("/tmp/alive"));
+        const auto alive = *end.tree / "tmp/alive";
+        std::filesystem::remove(alive);
+        timespec pause = {0, 50'000'000};
+        nanosleep(&pause, nullptr);
+        EXPECT_FALSE(std::filesystem::exists(alive));
+    }
 }
 
 } // namespace
