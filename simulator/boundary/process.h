@@ -19,8 +19,7 @@ extern bool is_program;
 // How many SPI transfers work before all others fail.
 extern unsigned long spi_transfers_that_work;
 
-// Sends one record to the desk (see simulator/boundary.h); a desk that is gone is not the program's
-// trouble.
+// Sends one record to the desk (see protocol.h); a desk that is gone is not the program's trouble.
 void send_record(const char *record, size_t size);
 
 // Sends a record, cut to a few KiB.

@@ -14,6 +14,9 @@ constexpr const char speed_variable[] = "SIMULATOR_SPEED";
 // Set for the program that is under observation, not for what it starts.
 constexpr const char program_variable[] = "SIMULATOR_PROGRAM";
 
+// "<count> <text>": so many times no shell can be started for a command that begins with the text.
+constexpr const char shell_failures_variable[] = "SIMULATOR_SHELL_FAILURES";
+
 // How many SPI transfers work before all others fail; not set: all work.
 constexpr const char spi_transfers_variable[] = "SIMULATOR_SPI_TRANSFERS";
 

@@ -46,7 +46,9 @@ void be_careless() {
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, nullptr);
     signal(SIGCHLD, SIG_IGN);
-    close(STDIN_FILENO);
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        close(standard);
+    }
 }
 
 // How the desk takes signals is its own.

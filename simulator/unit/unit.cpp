@@ -184,6 +184,10 @@ unit &unit::spi_transfers_that_work(int count) {
     return environment(spi_transfers_variable, std::to_string(count));
 }
 
+unit &unit::without_shell(int times, std::string_view command) {
+    return environment(shell_failures_variable, std::to_string(times) + " " + std::string(command));
+}
+
 unit &unit::stop_when(const std::atomic<bool> &requested) {
     plan->stop_request = &requested;
     return *this;

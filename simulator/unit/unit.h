@@ -93,8 +93,12 @@ public:
     // The application holds the other end of the program's output and stops reading when it ends.
     unit &output_read_by_application();
 
-    // The program is started with every signal blocked, SIGCHLD ignored and no standard input.
+    // The program is started with every signal blocked, SIGCHLD ignored and no standard
+    // input, output and error.
     unit &careless_starter();
+
+    // So many times no shell can be started for a command that begins with `command`.
+    unit &without_shell(int times, std::string_view command);
 
     // Memory, files and processes that the program may use (setrlimit), by resource number.
     unit &limit(int resource, uint64_t value);

@@ -1,12 +1,18 @@
 #include "platform/shell.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace renewer {
 
 namespace {
+
+constexpr int shell_tries = 5;
+constexpr unsigned pause_between_tries_s = 1;
 
 // Characters that no shell gives a meaning to, wherever they stand in a word.
 constexpr const char plain_characters[] = "abcdefghijklmnopqrstuvwxyz"
@@ -18,33 +24,61 @@ bool is_plain(const char *text) {
     return text[0] != '\0' && text[strspn(text, plain_characters)] == '\0';
 }
 
+// system(3), with -1 for every shell that there was no process or no memory for. Some C libraries
+// report that as the exit code of a command that was not found and leave the reason in errno; a
+// shell that ran leaves errno alone.
+int system_once(const char *command) {
+    errno = 0;
+    const int status = system(command);
+    const bool not_found = WIFEXITED(status) && WEXITSTATUS(status) == exit_not_found;
+    return not_found && (errno == EAGAIN || errno == ENOMEM) ? -1 : status;
+}
+
+void write_quoted(const char *text, char *word) {
+    *word++ = '\'';
+    for (; *text != '\0'; ++text) {
+        if (*text == '\'') {
+            word = stpcpy(word, "'\\''");
+        } else {
+            *word++ = *text;
+        }
+    }
+    *word++ = '\'';
+    *word = '\0';
+}
+
 } // namespace
+
+int system_with_patience(const char *command) {
+    int status = system_once(command);
+    for (int tries = 1; status == -1 && tries < shell_tries; ++tries) {
+        sleep(pause_between_tries_s);
+        status = system_once(command);
+    }
+    return status;
+}
 
 int shell(const char *command) {
     fflush(stdout);
-    return system(command);
+    return system_with_patience(command);
+}
+
+bool shell_came_to_run(int status) {
+    return status != -1 && !(WIFEXITED(status) && (WEXITSTATUS(status) == exit_not_executable ||
+                                                   WEXITSTATUS(status) == exit_not_found));
 }
 
 owned_memory<char> shell_word(const char *text) {
-    if (is_plain(text)) {
-        return owned_memory<char>(strdup(text));
-    }
     // Each ' becomes '\'' (POSIX shell, quoting): four bytes at the most, and the outer pair.
     owned_memory<char> word(static_cast<char *>(malloc(4 * strlen(text) + 3)));
     if (word == nullptr) {
         return word;
     }
-    char *end = word.get();
-    *end++ = '\'';
-    for (; *text != '\0'; ++text) {
-        if (*text == '\'') {
-            end = stpcpy(end, "'\\''");
-        } else {
-            *end++ = *text;
-        }
+    if (is_plain(text)) {
+        strcpy(word.get(), text);
+    } else {
+        write_quoted(text, word.get());
     }
-    *end++ = '\'';
-    *end = '\0';
     return word;
 }
 

@@ -4,13 +4,26 @@
 
 namespace renewer {
 
+// Exit codes of a shell for a command that it could not run (POSIX, shell command language 2.8.2).
+constexpr int exit_not_executable = 126;
+constexpr int exit_not_found = 127;
+
 // Runs one command line through the system shell and waits for it, as system() does. What the
 // program has printed so far is flushed first, so that its lines stay before those of the command
-// whatever standard output is.
+// whatever standard output is. A shell that no process or memory could be had for is tried again a
+// few times, a second apart.
 //
 // Returns the shell's wait status: 0 when the command succeeded, non-zero otherwise (-1 when no
 // shell could be started).
 int shell(const char *command);
+
+// The same without the flush: for a signal handler, and for a forked child, whose buffers are its
+// parent's.
+int system_with_patience(const char *command);
+
+// Whether a status of `shell` is one of a command that ran: not of one that the shell could not
+// find or execute, nor of a shell that could not be started.
+bool shell_came_to_run(int status);
 
 // Gives `text` in the form in which the shell takes it as one word: as it stands when it holds
 // nothing that the shell treats specially, in single quotes otherwise. Empty when there is no

@@ -51,16 +51,10 @@ int used_wrongly() {
     return 2;
 }
 
-void on_broken_pipe(int) {}
-
 // The application that the run stops may hold the other end of the program's output, or its
-// terminal; its end must not be the run's. For SIGPIPE a handler and not SIG_IGN, so that the
-// install script starts with the default.
+// terminal; its end must not be the run's, nor that of the unit's scripts that the run starts.
 void outlive_application() {
-    struct sigaction action = {};
-    action.sa_handler = on_broken_pipe;
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGPIPE, &action, nullptr);
+    signal(SIGPIPE, SIG_IGN);
     signal(SIGHUP, SIG_IGN);
 }
 

@@ -32,18 +32,20 @@ bool is_alive_in(const char *process, pid_t group) {
 
 } // namespace
 
-bool process_group_runs(pid_t group) {
+group_state state_of_group(pid_t group) {
     const owned_directory processes(opendir("/proc"));
     if (processes == nullptr) {
-        return true;
+        return group_state::unknown;
     }
+    bool any = false;
     while (const dirent *entry = readdir(processes.get())) {
-        if (isdigit(static_cast<unsigned char>(entry->d_name[0])) != 0 &&
-            is_alive_in(entry->d_name, group)) {
-            return true;
+        const bool is_process = isdigit(static_cast<unsigned char>(entry->d_name[0])) != 0;
+        any = any || is_process;
+        if (is_process && is_alive_in(entry->d_name, group)) {
+            return group_state::running;
         }
     }
-    return false;
+    return any ? group_state::ended : group_state::unknown;
 }
 
 } // namespace renewer

@@ -1,5 +1,6 @@
 #include "update/timed_command.h"
 
+#include "platform/shell.h"
 #include "update/process_group.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,16 +16,14 @@ namespace renewer {
 
 namespace {
 
-// How long what was told to end has until it is ended.
-constexpr unsigned grace_seconds = 3;
 constexpr useconds_t poll_interval_us = 100'000;
-constexpr int polls_of_grace = grace_seconds * 1'000'000 / poll_interval_us;
+constexpr int polls_of_grace = end_grace_seconds * 1'000'000 / poll_interval_us;
 
 // What the alarm handler works with. It runs on the thread that waits for the attempt, the only one
 // that takes signals, so nothing here is written while it runs.
 char s_exec_name[64];
 volatile sig_atomic_t s_attempt = 0; // process group of the attempt; 0 when none is waited for
-volatile sig_atomic_t s_timed_out = 0;
+volatile sig_atomic_t s_told_to_end = 0;
 
 // A script that asks must not wait for an answer that nobody gives, and a process of a background
 // group that reads from a terminal would be stopped.
@@ -34,20 +32,17 @@ void take_empty_input() {
     dup2(nothing, STDIN_FILENO);
 }
 
-// The child of a process with threads: it takes no lock that one of them may have held, and leaves
-// through _exit, so that nothing of the parent's buffered output is written twice.
+// The child of a process with threads: no lock that one of them may have held stands in its way
+// (they never call system(3), and fork(2) sets right what is the C library's own), and it leaves
+// through _exit, so that nothing of the parent's buffered output is written twice. The script finds
+// the usual signals, not those that the run ignores.
 [[noreturn]] void be_attempt(const char *command) {
     setpgid(0, 0);
     take_empty_input();
-    char *const arguments[] = {const_cast<char *>("sh"), const_cast<char *>("-c"),
-                               const_cast<char *>(command), nullptr};
-    pid_t shell;
-    if (posix_spawn(&shell, "/bin/sh", nullptr, nullptr, arguments, environ) != 0) {
-        _exit(127);
+    for (const int number : {SIGALRM, SIGHUP, SIGPIPE}) {
+        signal(number, SIG_DFL);
     }
-    int status = SIGKILL; // of a shell that could not be waited for
-    while (waitpid(shell, &status, 0) < 0 && errno == EINTR) {
-    }
+    const int status = system_with_patience(command);
     _exit(WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status));
 }
 
@@ -64,7 +59,7 @@ pid_t start_attempt(const char *command) {
 }
 
 void start_time_limit(pid_t attempt, unsigned timeout) {
-    s_timed_out = 0;
+    s_told_to_end = 0;
     s_attempt = attempt;
     struct sigaction action = {};
     action.sa_handler = handleTimeout;
@@ -100,26 +95,24 @@ int status_of_attempt(int wait_status) {
         return 1;
     }
     printf("status %d\n", WEXITSTATUS(wait_status));
-    // A script that answers the time-out by ending with 0 has not done its work.
-    return wait_status == 0 && s_timed_out != 0 ? 1 : wait_status;
+    return wait_status;
 }
 
-bool ends_within_grace(pid_t attempt) {
-    for (int polls = 0; polls < polls_of_grace; ++polls) {
-        if (!process_group_runs(attempt)) {
-            return true;
-        }
+group_state state_after_grace(pid_t attempt) {
+    group_state state = state_of_group(attempt);
+    for (int polls = 0; state == group_state::running && polls < polls_of_grace; ++polls) {
         usleep(poll_interval_us);
+        state = state_of_group(attempt);
     }
-    return !process_group_runs(attempt);
+    return state;
 }
 
+// What cannot be seen is not waited for, and must not meet the next attempt either.
 void end_rest_of(pid_t attempt) {
-    if (ends_within_grace(attempt)) {
-        return;
+    if (state_after_grace(attempt) != group_state::ended) {
+        kill(-attempt, SIGKILL);
+        state_after_grace(attempt);
     }
-    kill(-attempt, SIGKILL);
-    ends_within_grace(attempt);
 }
 
 int run_attempt(pid_t attempt, unsigned timeout) {
@@ -134,19 +127,16 @@ int run_attempt(pid_t attempt, unsigned timeout) {
 } // namespace
 
 void handleTimeout(int) {
-    if (s_attempt == 0) {
-        return;
-    }
     const int saved_errno = errno;
-    if (s_timed_out != 0) {
+    char command[128] = {};
+    snprintf(command, sizeof(command), "killall %s", s_exec_name);
+    // The thread is in its wait and holds no lock, so starting a shell from here is safe.
+    system_with_patience(command);
+    if (s_attempt != 0 && s_told_to_end != 0) {
         kill(-s_attempt, SIGKILL);
-    } else {
-        s_timed_out = 1;
-        char command[128] = {};
-        snprintf(command, sizeof(command), "killall %s", s_exec_name);
-        // The thread is in its wait and holds no lock, so starting a shell from here is safe.
-        [[maybe_unused]] const int status = system(command);
-        alarm(grace_seconds);
+    } else if (s_attempt != 0) {
+        s_told_to_end = 1;
+        alarm(end_grace_seconds);
     }
     errno = saved_errno;
 }

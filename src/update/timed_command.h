@@ -2,6 +2,10 @@
 
 namespace renewer {
 
+// How long what was told to end, or is left of a failed attempt, has until it is ended: it may be
+// in the middle of a block of flash.
+constexpr unsigned end_grace_seconds = 30;
+
 // Runs `command` through the system shell in a child process under a time limit, up to `tries`
 // times (at least once), until an attempt succeeds.
 //
@@ -9,21 +13,22 @@ namespace renewer {
 // name:    name of the process that the time-out ends (see `handleTimeout`); 63 characters count.
 // timeout: seconds for each attempt; (unsigned)-1 is no limit in practice.
 //
-// The command's standard input is empty. An attempt succeeds when the command ends by itself, in
-// time, with exit code 0. When an attempt fails, what it left running is given a few seconds and
-// then ended by its process group, so that nothing of it goes on beside the next attempt; what a
-// successful attempt leaves running goes on.
+// The command's standard input is empty, and SIGHUP and SIGPIPE end it as usual. An attempt
+// succeeds when the command ends with exit code 0, also after the time limit. When an attempt
+// fails, what it left running has `end_grace_seconds` and is then ended by its process group, so
+// that nothing of it goes on beside the next attempt; what a successful attempt leaves running goes
+// on.
 //
 // Prints "fork_exec: <command>" for each attempt and "status <exit code>" for each that was not
 // ended by a signal; the code of a shell that a signal ended is 128 plus the signal's number.
 //
 // Returns 0 for success; the wait status (wait(2)) of the last attempt when its exit code was not
-// 0; 1 when the child itself was ended by a signal, when the command ended with 0 only after its
-// time was up, or when no child could be made, which is reported with the prefix "fork failed".
+// 0; 1 when the child itself was ended by a signal, or when no child could be made, which is
+// reported with the prefix "fork failed".
 int fork_exec_timeout(const char *command, const char *name, unsigned timeout, int tries);
 
-// Handler of SIGALRM: on the first alarm of an attempt runs "killall <name>" and sets the alarm
-// again; on the second ends what still runs of the attempt. Does nothing when none is waited for.
+// Handler of SIGALRM: runs "killall <name>". While an attempt is waited for it also sets the alarm
+// again, for `end_grace_seconds`, and at the next one ends what still runs of the attempt.
 void handleTimeout(int signal);
 
 } // namespace renewer

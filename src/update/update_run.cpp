@@ -2,6 +2,7 @@
 
 #include "discovery/package_fit.h"
 #include "platform/debug.h"
+#include "platform/owner.h"
 #include "platform/shell.h"
 #include "power/bat.h"
 #include "prompt/prompt_user.h"
@@ -10,9 +11,12 @@
 #include "update/install_step.h"
 #include "update/package_removal.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/reboot.h>
 #include <unistd.h>
 
 namespace renewer {
@@ -20,6 +24,7 @@ namespace renewer {
 namespace {
 
 constexpr const char over_marker[] = "/tmp/update_over";
+constexpr const char flag_marker[] = "/tmp/update_flag";
 constexpr int host_time_limit = 60; // seconds for the install script of a host package
 constexpr int no_time_limit = -1;
 constexpr int lowest_bat_percent = 30; // without external power
@@ -31,8 +36,16 @@ bool update_over_exists() {
     return access(over_marker, F_OK) == 0;
 }
 
+// The rest of the unit has to find the marker, also when the command could not make it. One that
+// the command has made may be gone again: then it has been acknowledged.
+void create_marker(const char *path) {
+    if (shell_with_argument("touch", path) != 0) {
+        const owned_descriptor made(open(path, O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
+    }
+}
+
 void create_update_over() {
-    shell("touch /tmp/update_over");
+    create_marker(over_marker);
     shell("sync");
 }
 
@@ -114,11 +127,27 @@ int install(const update_arguments &arguments) {
     return do_update(arguments.path, is_host ? host_time_limit : no_time_limit);
 }
 
+void on_signal_to_end(int) {}
+
+// A shutdown script that ends all that still runs must not end the run before its last commands.
+// Handlers, so that the commands themselves start with the defaults; SIGHUP is ignored already.
+void outlive_shutdown() {
+    struct sigaction action = {};
+    action.sa_handler = on_signal_to_end;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGINT, &action, nullptr);
+}
+
 [[noreturn]] void reboot_unit() {
+    outlive_shutdown();
     shell("/etc/init.d/rc.stop");
     shell("/etc/init.d/umount_all");
     shell("sync");
-    shell("reboot");
+    if (!shell_came_to_run(shell("reboot"))) {
+        sync();
+        reboot(RB_AUTOBOOT);
+    }
     exit(1);
 }
 
@@ -131,7 +160,7 @@ int install(const update_arguments &arguments) {
 [[noreturn]] void end_successful(const char *path) {
     sleep(10);
     prompt_user(PROMPT_SUCCESS);
-    shell("touch /tmp/update_flag");
+    create_marker(flag_marker);
     debug(5, "update success!\n");
     shell("echo update_success >> /data/app/log/update.log");
     remove_package(path);
@@ -149,7 +178,7 @@ int install(const update_arguments &arguments) {
 }
 
 [[noreturn]] void end_failed(const char *path) {
-    shell("touch /tmp/update_flag");
+    create_marker(flag_marker);
     prompt_user(PROMPT_FAILURE);
     remove_package(path);
     create_update_over();

@@ -1,16 +1,95 @@
 #include "platform/shell.h"
 
 #include "tests/support/files.h"
+#include "tests/support/scarce_memory.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <dlfcn.h>
 #include <filesystem>
 #include <unistd.h>
 
 using namespace renewer;
 
 namespace {
+
+int shells_that_fail = 0;
+int reported = 0; // by system(3) for such a shell, and its errno
+int reason = 0;
+int shells_tried = 0;
+
+} // namespace
+
+// The program's own calls find these before the C library's.
+extern "C" int system(const char *command) {
+    ++shells_tried;
+    if (shells_that_fail-- > 0) {
+        errno = reason;
+        return reported;
+    }
+    return reinterpret_cast<int (*)(const char *)>(dlsym(RTLD_NEXT, "system"))(command);
+}
+
+extern "C" unsigned sleep(unsigned) {
+    return 0;
+}
+
+namespace {
+
+TEST(shell, shell_that_cannot_be_started_is_tried_again_and_a_missing_command_is_not) {
+    constexpr int not_found = 127 << 8;
+    struct {
+        int fail;
+        int reported;
+        int reason;
+        int tried;
+        int result;
+    } const cases[] = {
+        {0, 0, 0, 1, 3 << 8},
+        {4, -1, EAGAIN, 5, 3 << 8},
+        {9, -1, ENOMEM, 5, -1},
+        {4, not_found, ENOMEM, 5, 3 << 8},
+        {9, not_found, EAGAIN, 5, -1},
+        {1, not_found, 0, 1, not_found},
+        {1, not_found, ENOENT, 1, not_found},
+    };
+    for (const auto &[fail, status, error, tried, result] : cases) {
+        shells_that_fail = fail;
+        reported = status;
+        reason = error;
+        shells_tried = 0;
+        EXPECT_EQ(shell("exit 3"), result) << fail << " " << error;
+        EXPECT_EQ(shells_tried, tried) << fail << " " << error;
+        shells_that_fail = 0;
+    }
+}
+
+TEST(shell, without_memory_for_the_line_nothing_is_run) {
+    for (const char *argument : {"/tmp/made", "/tmp/made too"}) {
+        for (const int allocations : {0, 1}) {
+            allocations_left = allocations;
+            EXPECT_EQ(shell_with_argument("touch", argument), -1);
+            allocations_left = INT_MAX;
+            EXPECT_FALSE(std::filesystem::exists(argument));
+        }
+        EXPECT_EQ(shell_with_argument("touch", argument), 0);
+        EXPECT_TRUE(std::filesystem::exists(argument));
+    }
+}
+
+TEST(shell, every_byte_is_taken_as_it_is_at_the_begin_and_within_a_word) {
+    std::string line = "printf > /tmp/printed '%s\\0'";
+    std::string expected;
+    for (int byte = 1; byte < 256; ++byte) {
+        const std::string text = {static_cast<char>(byte), 'x', static_cast<char>(byte), 'x'};
+        line += std::string(" ") + shell_word(text.c_str()).get();
+        expected += text + '\0';
+    }
+    EXPECT_EQ(shell(line.c_str()), 0);
+    EXPECT_EQ(get_file("/tmp/printed"), expected);
+}
 
 TEST(shell, ordinary_words_stand_as_they_are_and_others_are_quoted) {
     struct {

@@ -69,50 +69,55 @@ TEST(install, missing_script_is_a_failure_of_the_shell) {
     EXPECT_FALSE(succeeded(end));
 }
 
-// The script runs over in both attempts; `forced` of them had to be ended by their process group.
-void expect_stopped_twice(const outcome &end, int forced) {
-    EXPECT_EQ(end.count("shell killall install.sh"), 2);
-    EXPECT_EQ(end.count("signal 9 to group"), forced);
-    EXPECT_EQ(end.count("out fork_exec"), 2);
-    EXPECT_FALSE(succeeded(end));
-    EXPECT_EQ(end.exit_status, 1);
-    for (const int attempt : {1, 2}) {
-        const auto begun = end.when("out fork_exec", attempt);
-        const auto told = end.when("shell killall install.sh", attempt);
-        ASSERT_TRUE(begun && told);
-        EXPECT_GE(*told - *begun, 59s);
-    }
-}
-
 TEST(install_time_limit, script_that_runs_over_is_stopped_twice) {
     struct {
         const char *name;
         const char *script;
+        int told;   // to end, in both attempts
+        int forced; // to end, by their process group
     } const cases[] = {
-        {"ends by the signal", "#!/bin/sh\nwhile :; do sleep 1; done\n"},
-        {"ends well when it is told to",
-         "#!/bin/sh\ntrap 'exit 0' TERM\nwhile :; do sleep 1; done\n"},
+        {"ends by the signal", "#!/bin/sh\nwhile :; do sleep 1; done\n", 2, 0},
+        {"ignores the signal", "#!/bin/sh\ntrap '' TERM\nwhile :; do sleep 1; done\n", 4, 2},
+        {"runs under another name", "while :; do sleep 1; done\n", 4, 2},
+        {"leaves its command behind", "#!/bin/sh\nsleep 100000\n", 2, 2},
     };
-    for (const auto &[name, script] : cases) {
+    for (const auto &[name, script, told, forced] : cases) {
         SCOPED_TRACE(name);
-        // Slow enough for the script to end within the grace that it is given.
-        expect_stopped_twice(usual_unit().clock_speed(25).install_script(script).run(limited), 0);
+        const outcome end = usual_unit().install_script(script).run(limited);
+        EXPECT_EQ(end.count("shell killall install.sh"), told);
+        EXPECT_EQ(end.count("signal 9 to group"), forced);
+        EXPECT_EQ(end.count("out fork_exec"), 2);
+        EXPECT_FALSE(succeeded(end));
+        EXPECT_EQ(end.exit_status, 1);
+        const auto first_told = end.when("shell killall install.sh");
+        ASSERT_TRUE(first_told);
+        EXPECT_GE(*first_told - *end.when("out fork_exec"), 59s);
+        if (forced > 0) {
+            EXPECT_GE(*end.when("signal 9 to group") - *first_told, 29s);
+        }
     }
 }
 
-TEST(install_time_limit, script_that_does_not_stop_is_ended_with_all_its_processes) {
-    struct {
-        const char *name;
-        const char *script;
-    } const cases[] = {
-        {"ignores the signal", "#!/bin/sh\ntrap '' TERM\nwhile :; do sleep 1; done\n"},
-        {"runs under another name", "while :; do sleep 1; done\n"},
-        {"leaves its command behind", "#!/bin/sh\nsleep 100000\n"},
-    };
-    for (const auto &[name, script] : cases) {
-        SCOPED_TRACE(name);
-        expect_stopped_twice(usual_unit().install_script(script).run(limited), 2);
+TEST(install_time_limit, script_that_ends_well_after_it_has_succeeded) {
+    for (const char *script : {"#!/bin/sh\ntrap '' TERM\nsleep 80\nexit 0\n",
+                               "#!/bin/sh\ntrap 'exit 0' TERM\nwhile :; do sleep 1; done\n"}) {
+        const outcome end = usual_unit().clock_speed(40).install_script(script).run(limited);
+        EXPECT_EQ(end.count("shell killall install.sh"), 1);
+        EXPECT_EQ(end.count("out fork_exec"), 1);
+        EXPECT_TRUE(succeeded(end)) << script;
     }
+}
+
+TEST(install, what_a_failed_script_leaves_running_may_finish_before_the_second_attempt) {
+    const outcome end = usual_unit()
+                            .clock_speed(40)
+                            .install_script("#!/bin/sh\n"
+                                            "echo attempt >> /tmp/written\n"
+                                            "(sleep 15; echo finished >> /tmp/written) &\n"
+                                            "exit 1\n")
+                            .run(limited);
+    EXPECT_EQ(end.file("/tmp/written"), "attempt\nfinished\nattempt\nfinished\n");
+    EXPECT_FALSE(end.has("signal 9"));
 }
 
 TEST(install_time_limit, what_a_stopped_script_leaves_running_does_not_meet_the_second_attempt) {
@@ -141,14 +146,15 @@ TEST(install, script_that_asks_gets_no_answer_and_does_not_wait) {
     EXPECT_TRUE(end.file("/data/app/log/update.log")->starts_with("nobody\n"));
 }
 
-TEST(install, alarm_from_outside_ends_nothing) {
+TEST(install, alarm_from_outside_ends_only_scripts_of_the_name) {
     const outcome end = usual_unit()
                             .install_script("#!/bin/sh\n(sleep 60; echo done > /tmp/later) &\n")
                             .kill_program(SIGALRM, after("sleep 10 s", 2s))
                             .acknowledge_end(70s)
                             .run(limited);
     EXPECT_TRUE(end.has("act signal 14"));
-    EXPECT_FALSE(end.has("killall install.sh"));
+    EXPECT_EQ(end.count("shell killall install.sh"), 1);
+    EXPECT_EQ(end.transcript({event_kind::alarm}), "alarm 60 s\nalarm 0 s\n");
     EXPECT_FALSE(end.has("signal 9 to group"));
     EXPECT_TRUE(succeeded(end));
 }
@@ -160,8 +166,17 @@ TEST(install_time_limit, holds_whatever_the_starter_left_behind) {
                             .run(limited);
     EXPECT_EQ(end.count("shell killall install.sh"), 2);
     EXPECT_FALSE(succeeded(end));
-    const outcome good = usual_unit().careless_starter().run(limited);
+    const outcome good = usual_unit()
+                             .careless_starter()
+                             .file("/etc/init.d/rc.stop",
+                                   "#!/bin/sh\n"
+                                   "for fd in 0 1 2; do\n"
+                                   "  is=$(readlink /proc/$$/fd/$fd); echo $is >> /tmp/standard\n"
+                                   "done\n",
+                                   0755)
+                             .run(limited);
     EXPECT_TRUE(succeeded(good)) << good.transcript();
+    EXPECT_EQ(good.file("/tmp/standard"), "/dev/null\n/dev/null\n/dev/null\n");
 }
 
 TEST(install, what_a_good_script_leaves_running_goes_on) {

@@ -1,6 +1,7 @@
 // What the run does when something around it breaks.
 
 #include "simulator/unit/unit.h"
+#include "tests/run/order.h"
 
 #include <gtest/gtest.h>
 
@@ -19,21 +20,73 @@ unit usual_unit() {
 }
 
 TEST(trouble, run_outlives_the_reader_of_its_output) {
-    const outcome end = usual_unit().output_read_by_application().run(no_questions);
+    const outcome end = usual_unit()
+                            .output_read_by_application()
+                            .file("/etc/init.d/umount_all",
+                                  "#!/bin/sh\necho unmounting\necho done > /tmp/unmounted\n", 0755)
+                            .run(no_questions);
     // The reader is gone from here on: what the run prints later has nowhere to go.
     EXPECT_TRUE(end.has("call S080_application ended"));
     EXPECT_FALSE(end.has("out wait -1 sec..."));
+    EXPECT_EQ(end.file("/tmp/unmounted"), "done\n");
     EXPECT_EQ(end.file("/data/sbin/renewer"), "the updater of this update\n");
     EXPECT_TRUE(end.has("call reboot"));
     EXPECT_EQ(end.exit_status, 1);
 }
 
-TEST(trouble, install_script_has_the_usual_broken_pipe_signal) {
+TEST(trouble, install_script_alone_has_the_usual_signals) {
+    const std::string script = "#!/bin/sh\n"
+                               "for signal in PIPE HUP; do\n"
+                               "  sh -c \"kill -$signal \\$\\$\" 2> /dev/null; echo ended by $?\n"
+                               "done\n";
     const outcome end = usual_unit()
-                            .install_script("#!/bin/sh\nsh -c 'kill -PIPE $$'\necho ended by $?\n")
+                            .install_script(script)
+                            .file("/etc/init.d/rc.stop", script, 0755)
                             .run(no_questions);
-    EXPECT_TRUE(end.file("/data/app/log/update.log")->starts_with("ended by 141\n"))
+    EXPECT_TRUE(end.file("/data/app/log/update.log")->starts_with("ended by 141\nended by 129\n"))
         << *end.file("/data/app/log/update.log");
+    EXPECT_EQ(end.count("out ended by 0"), 2);
+}
+
+TEST(trouble, signals_to_end_do_not_end_a_run_that_shuts_the_unit_down) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        const outcome end = usual_unit()
+                                .file("/etc/init.d/rc.stop", "#!/bin/sh\nsleep 5\n", 0755)
+                                .kill_program(SIGHUP, after("sleep 10 s", 1s)) // and never before
+                                .kill_program(signal, after("shell /etc/init.d/rc.stop", 1s))
+                                .run(no_questions);
+        EXPECT_TRUE(end.has("call umount_all"));
+        EXPECT_TRUE(end.has("call reboot"));
+        EXPECT_EQ(end.exit_status, 1);
+    }
+}
+
+TEST(trouble, shell_that_cannot_be_started_is_tried_again_and_done_without) {
+    struct {
+        int times;
+        const char *command;
+        bool installed;
+        const char *last;
+    } const cases[] = {
+        {4, "", true, "call reboot\n"}, // of the first command, and so the application is stopped
+        {4, "cp -drf", true, "call reboot\n"},
+        {4, "/firmware/install.sh", true, "call reboot\n"},
+        {99, "touch", true, "call reboot\n"},
+        {99, "reboot", true, "call reboot by the kernel\n"},
+        {99, "", false, "call reboot by the kernel\n"},
+    };
+    for (const auto &[times, command, installed, last] : cases) {
+        SCOPED_TRACE(command);
+        const outcome end = usual_unit().without_shell(times, command).run(no_questions);
+        EXPECT_EQ(end.has("out status 0"), installed);
+        EXPECT_EQ(end.count("out fork_exec"), installed ? 1 : 0);
+        EXPECT_EQ(end.has("call S080_application stop"), times < 99 || *command != '\0');
+        EXPECT_TRUE(end.exists("/tmp/update_flag"));
+        EXPECT_TRUE(in_order(end, {"act remove /tmp/update_over", "shell /etc/init.d/rc.stop"}));
+        EXPECT_TRUE(end.transcript({event_kind::call}).ends_with(last)) << end.transcript();
+        EXPECT_EQ(end.exit_status, 1);
+    }
 }
 
 TEST(trouble, missing_leds_are_reported_and_passed_over) {
@@ -60,11 +113,26 @@ TEST(trouble, log_that_cannot_be_written_fails_the_update_but_not_the_run) {
     EXPECT_EQ(end.exit_status, 1);
 }
 
-TEST(trouble, marker_that_cannot_be_made_holds_nothing) {
+TEST(trouble, marker_that_cannot_be_made_or_is_gone_again_holds_nothing) {
     const outcome end = unit().model("13").without("/tmp").file("/tmp", "").run(no_questions);
     EXPECT_NE(end.errors().find("touch: cannot touch '/tmp/update_over'"), std::string::npos);
     EXPECT_TRUE(end.has("call reboot"));
     EXPECT_EQ(end.exit_status, 1);
+    const std::string made_and_taken_away = "#!/bin/sh\nexit 0\n";
+    EXPECT_EQ(unit()
+                  .model("13")
+                  .file("/.simulator/bin/touch", made_and_taken_away, 0755)
+                  .run(no_questions)
+                  .exit_status,
+              1);
+}
+
+TEST(trouble, unit_without_the_reboot_command_is_rebooted) {
+    const outcome end = usual_unit()
+                            .file("/.simulator/bin/reboot", "#!/bin/sh\nexit 127\n", 0755)
+                            .run(no_questions);
+    EXPECT_TRUE(in_order(end, {"shell reboot", "call reboot by the kernel"}));
+    EXPECT_EQ(end.count("shell reboot"), 1);
 }
 
 TEST(trouble, path_of_any_length_is_taken_whole) {
