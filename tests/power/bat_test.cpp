@@ -2,8 +2,7 @@
 
 #include "tests/support/files.h"
 #include "tests/support/output.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/printed.h"
 
 #include <algorithm>
 #include <array>
@@ -79,23 +78,13 @@ measurement measure(int machine_type, std::map<int, counts> channels) {
 TEST(bat, percentage_of_every_hundredth_of_a_volt) {
     // Worked out with fractions; single precision puts the product of some voltages just below the
     // whole hundredth, none of them between 2.85 V and 4.10 V.
-    // clang-format off
     constexpr std::array<int, 130> from_280 = {
-        0, 0, 0, 0, 0, 0, 0, 0, 1, 1,
-        1, 1, 2, 2, 2, 2, 2, 3, 3, 3,
-        3, 4, 4, 4, 4, 4, 5, 5, 5, 5,
-        6, 6, 6, 6, 6, 7, 7, 7, 7, 8,
-        8, 8, 8, 8, 9, 9, 9, 9, 10, 10,
-        10, 11, 12, 13, 14, 15, 16, 17, 18, 19,
-        20, 23, 27, 30, 31, 33, 34, 36, 37, 39,
-        40, 42, 43, 45, 47, 48, 50, 51, 52, 53,
-        54, 55, 56, 57, 58, 59, 60, 61, 62, 63,
-        64, 66, 67, 68, 69, 70, 71, 72, 73, 74,
-        76, 77, 78, 79, 80, 81, 82, 83, 84, 85,
-        85, 86, 87, 88, 89, 90, 91, 91, 92, 93,
-        93, 94, 95, 95, 96, 97, 97, 98, 99, 99,
-    };
-    // clang-format on
+        0,  0,  0,  0,  0,  0,  0,  0,  1,  1,  1,  1,  2,  2,  2,  2,  2,  3,  3,  3,  3,  4,
+        4,  4,  4,  4,  5,  5,  5,  5,  6,  6,  6,  6,  6,  7,  7,  7,  7,  8,  8,  8,  8,  8,
+        9,  9,  9,  9,  10, 10, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 23, 27, 30, 31, 33,
+        34, 36, 37, 39, 40, 42, 43, 45, 47, 48, 50, 51, 52, 53, 54, 55, 56, 57, 58, 59, 60, 61,
+        62, 63, 64, 66, 67, 68, 69, 70, 71, 72, 73, 74, 76, 77, 78, 79, 80, 81, 82, 83, 84, 85,
+        85, 86, 87, 88, 89, 90, 91, 91, 92, 93, 93, 94, 95, 95, 96, 97, 97, 98, 99, 99};
     for (int hundredths = 0; hundredths <= 450; ++hundredths) {
         const size_t index = static_cast<size_t>(std::clamp(hundredths - 280, 0, 129));
         const int expected = hundredths >= 410 ? 100 : from_280[index];
@@ -103,15 +92,10 @@ TEST(bat, percentage_of_every_hundredth_of_a_volt) {
         EXPECT_EQ(calc_bat_percent_pica(&percent, static_cast<float>(hundredths / 100.0)), 0);
         EXPECT_EQ(percent, expected) << hundredths;
     }
-}
-
-TEST(bat, percentage_is_bounded_for_any_voltage) {
-    const struct {
-        float volts;
-        int percent;
-    } cases[] = {{-0.01f, 0},   {-1e30f, 0},       {-INFINITY, 0}, {NAN, 0},       {2.849f, 0},
-                 {3.4299f, 27}, {4.0999999f, 100}, {1e30f, 100},   {INFINITY, 100}};
-    for (const auto &[volts, expected] : cases) {
+    const std::pair<float, int> bounds[] = {{-0.01f, 0},       {-1e30f, 0},    {-INFINITY, 0},
+                                            {NAN, 0},          {2.849f, 0},    {3.4299f, 27},
+                                            {4.0999999f, 100}, {INFINITY, 100}};
+    for (const auto &[volts, expected] : bounds) {
         int percent = -1;
         EXPECT_EQ(calc_bat_percent_pica(&percent, volts), 0);
         EXPECT_EQ(percent, expected) << volts;
@@ -127,37 +111,25 @@ TEST(adc, converts_each_channel_by_its_scale) {
         int raw;
         float volts;
     } cases[] = {
-        {1, "0\n", 0, 0.0f},
-        {1, "1\n", 0, 0.00924633443f},
         {1, "800\n", 0, 7.39706755f},
-        {1, "1000\n", 0, 9.24633408f},
         {1, "-5\n", 0, -0.0462316722f},
-        {2, "0\n", 0, 0.338999987f},
-        {2, "100\n", 0, 4.42299986f},
         {2, "188\n", 0, 8.01692009f},
         {3, "256\n", 0, 4.50439882f},
         {3, "5592407\n", 0, 98400.125f},
-        {4, "1\n", 0, 0.000805860793f},
         {9, "2048\n", 0, 1.6504029f},
         {1, "4095\n", 1, 3.29999995f},
         {2, "2048\n", -1, 1.6504029f},
-        {3, "1\n", 7, 0.000805860793f},
         {1, "  \t800 mV", 0, 7.39706755f},
-        {1, "+800", 0, 7.39706755f},
         {1, "", 0, 0.0f},
         {1, "no count\n", 0, 0.0f},
         {1, "99999999999999999999999999999999", 0, 19856352.0f},
-        {1, "00000000000000000000000000000800", 0, 7.39706755f},
-        // The 33rd byte is not read.
-        {1, "000000000000000000000000000008001", 0, 7.39706755f},
+        {1, "000000000000000000000000000008001", 0, 7.39706755f}, // 32 bytes are read
     };
     for (const auto &[channel, text, raw, expected] : cases) {
         put_file(channel_file(channel), text);
         float volts = -1.0f;
-        output_listener output;
-        EXPECT_EQ(adc_get_common(channel, &volts, raw), 0) << channel << " " << text;
+        EXPECT_EQ(printed([&] { EXPECT_EQ(adc_get_common(channel, &volts, raw), 0); }), "");
         EXPECT_EQ(volts, expected) << channel << " " << text;
-        EXPECT_EQ(output.text, "");
     }
 }
 
@@ -165,10 +137,8 @@ TEST(adc, failures_leave_the_voltage_as_it_was) {
     fs::create_directories(channel_file(4)); // opens, and cannot be read
     put_file(channel_file(0), "5\n");
     put_file(channel_file(10), "5\n");
-    const struct {
-        int channel;
-        int status;
-    } cases[] = {{0, 45}, {10, 45}, {-1, 45}, {INT32_MAX, 45}, {5, 46}, {4, 47}};
+    const std::pair<int, int> cases[] = {{0, 45},         {10, 45}, {-1, 45},
+                                         {INT32_MAX, 45}, {5, 46},  {4, 47}};
     for (const auto &[channel, status] : cases) {
         float volts = 1.25f;
         EXPECT_EQ(adc_get_common(channel, &volts, 0), status) << channel;
@@ -202,14 +172,12 @@ TEST(bat, prints_each_reading_each_mean_and_the_decisions) {
 }
 
 TEST(bat, unknown_model_measures_nothing) {
-    for (const int machine_type : {2, -1, 15}) {
+    for (const int machine_type : {2, -1}) {
         bat_info info = {1, 2.5f, 3};
-        output_listener output;
-        EXPECT_EQ(get_bat_percent(machine_type, &info), 45);
-        EXPECT_EQ(output.text, "machine_type=" + std::to_string(machine_type) + ",type_pica=0\n");
-        EXPECT_EQ(info.ext_power, 1);
-        EXPECT_EQ(info.bat1_vol, 2.5f);
-        EXPECT_EQ(info.bat1_percent, 3);
+        EXPECT_EQ(printed([&] { EXPECT_EQ(get_bat_percent(machine_type, &info), 45); }),
+                  "machine_type=" + std::to_string(machine_type) + ",type_pica=0\n");
+        EXPECT_EQ(std::tuple(info.ext_power, info.bat1_vol, info.bat1_percent),
+                  std::tuple(1, 2.5f, 3));
     }
 }
 
@@ -236,9 +204,11 @@ TEST(bat, mean_without_the_highest_and_the_lowest_reading) {
         EXPECT_EQ(m.info.bat1_percent, percent) << m.printed;
         EXPECT_EQ(m.status, 0) << m.printed;
     }
-    EXPECT_NE(measure(0, {{1, {"800"}}, {2, {"500"}}, {3, {"0"}}})
-                  .printed.find("ext_vol=20.759001\next_vol_sum=20.853876\n"),
-              std::string::npos);
+    const measurement absent = measure(0, {{1, none}, {2, none}, {3, none}});
+    EXPECT_EQ(std::tuple(absent.status, absent.info.ext_power, absent.info.bat1_percent),
+              std::tuple(46, 0, 0));
+    const counts last_one_works = {"", "", "", "", "", "", "", "", "", "0"};
+    EXPECT_EQ(measure(0, {{1, none}, {2, none}, {3, last_one_works}}).status, 0);
 }
 
 // After one huge reading a single-precision sum moves in steps of 8 V (4 V for type-C), and a first
@@ -255,7 +225,6 @@ TEST(bat, external_power) {
         int ext_power;
         const char *decision;
     } cases[] = {
-        {0, {"0"}, {"0"}, "host", 0, "\next_status:0, type_c_status:0\n"},
         {0, {"187"}, {"0"}, "host", 0, "\next_status:0, type_c_status:0\n"},
         {0, ext_8_0, {"0"}, "host", 0, "\next_status:0, type_c_status:0\n"},
         {0, {"188"}, {"0"}, "host", 1, "\next_status:1, type_c_status:0\n"},
@@ -266,7 +235,6 @@ TEST(bat, external_power) {
         {0, {"0"}, {"284"}, "host\n", 0, "host\nusb otgext_status:0, type_c_status:0\n"},
         {0, {"188"}, {"284"}, "host", 1, "host\nusb otgext_status:1, type_c_status:0\n"},
         {1, {"300"}, {"255"}, "device", 0, "\ntype_c_status:0\n"},
-        {1, {"300"}, {"284"}, "host\n", 0, "host\nusb otgtype_c_status:0\n"},
         {1, {"0"}, {"256"}, "device", 1, "devi\ntype_c_status:1\n"},
     };
     for (const auto &[machine_type, ext, type_c, mode, ext_power, decision] : cases) {
@@ -280,31 +248,20 @@ TEST(bat, external_power) {
     }
 }
 
-TEST(bat, status_is_that_of_the_last_reading) {
-    const measurement absent = measure(0, {{1, none}, {2, none}, {3, none}});
-    EXPECT_EQ(absent.status, 46);
-    EXPECT_EQ(absent.info.ext_power, 0);
-    EXPECT_EQ(absent.info.bat1_percent, 0);
-    const counts last_one_works = {"", "", "", "", "", "", "", "", "", "0"};
-    EXPECT_EQ(measure(0, {{1, none}, {2, none}, {3, last_one_works}}).status, 0);
-}
-
 TEST(usb_state, host_is_told_from_all_else) {
     const struct {
         const char *mode;
         bool host;
-        const char *printed;
+        const char *line;
     } cases[] = {{"host\n", true, "host"},  {"host", true, "host"},  {"hosts of it", true, "host"},
                  {"hos\n", false, "hos\n"}, {"\nhost", false, "\n"}, {"HOST", false, "HOST"},
                  {"device", false, "devi"}, {"", false, ""}};
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(usb_state_judge(), -1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "fopen: No such file or directory\n");
-    for (const auto &[mode, host, printed] : cases) {
+    EXPECT_EQ(complained([] { EXPECT_EQ(usb_state_judge(), -1); }),
+              "fopen: No such file or directory\n");
+    for (const auto &[mode, host, line] : cases) {
         put_file(usb_mode, mode);
-        output_listener output;
-        EXPECT_EQ(usb_state_judge() == 0, host) << mode;
-        EXPECT_EQ(output.text, std::string("usb state usb state ") + printed + "\n") << mode;
+        EXPECT_EQ(printed([&] { EXPECT_EQ(usb_state_judge() == 0, host) << mode; }),
+                  std::string("usb state usb state ") + line + "\n");
     }
 }
 
