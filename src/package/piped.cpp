@@ -59,7 +59,8 @@ int skip_to(piped_input &input, uint64_t target) {
     input.position = input.taken;
     while (input.taken < target) {
         const uint64_t missing = target - input.taken;
-        const ssize_t count = take(input, skipped, std::min<uint64_t>(sizeof(skipped), missing));
+        const ssize_t count =
+            take(input, skipped, static_cast<size_t>(std::min<uint64_t>(sizeof(skipped), missing)));
         if (count <= 0) {
             return static_cast<int>(count);
         }
