@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/owner.h"
+#include "simulator/unit/failure.h"
+
+#include <cstdint>
+
+namespace simulator {
+
+// An input device of the kernel's whose keys this process presses (uinput).
+class keypad {
+public:
+    // The first one made is "/dev/input/event0", the next one event1. Throws when the kernel
+    // refuses.
+    explicit keypad(const char *name);
+
+    // One key event and its synchronisation event. `value`: 1 press, 0 release.
+    void event(uint16_t code, int32_t value);
+
+private:
+    renewer::owned_descriptor device;
+};
+
+} // namespace simulator
