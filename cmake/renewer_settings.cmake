@@ -9,6 +9,9 @@ option(RENEWER_ASAN "Build with AddressSanitizer and UndefinedBehaviorSanitizer"
 option(RENEWER_TSAN "Build with ThreadSanitizer" OFF)
 
 add_compile_options(-Wall -Wextra -Wconversion -Wshadow -Werror)
+# The same program from whatever folder it is built in.
+add_compile_options($<$<CONFIG:MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+                    $<$<CONFIG:MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
 if(RENEWER_ASAN)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
                       -fno-omit-frame-pointer)
@@ -21,15 +24,26 @@ endif()
 
 # One static library per folder of src/, named renewer_<folder> with the alias renewer::<folder>.
 # LINKS names the libraries that its files include from; the test house/arrows holds them to it.
+# What is named with HEADERS is installed for applications, and INSTALLED libraries with it.
 #
 # What ships runs without exceptions and without RTTI, so that it needs no C++ runtime library.
 function(renewer_library folder)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "INSTALLED" "" "SOURCES;LINKS;HEADERS" ${ARGN})
   add_library(renewer_${folder} STATIC ${ARG_SOURCES})
   add_library(renewer::${folder} ALIAS renewer_${folder})
   renewer_shipping_options(renewer_${folder})
-  target_include_directories(renewer_${folder} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_include_directories(renewer_${folder} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
   target_link_libraries(renewer_${folder} PUBLIC ${ARG_LINKS})
+  if(ARG_HEADERS)
+    target_sources(renewer_${folder} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}/src
+                                            FILES ${ARG_HEADERS})
+  endif()
+  if(RENEWER_LIBRARIES AND (ARG_INSTALLED OR ARG_HEADERS))
+    set_target_properties(renewer_${folder} PROPERTIES EXPORT_NAME ${folder})
+    install(TARGETS renewer_${folder} EXPORT renewer COMPONENT dev
+            ARCHIVE COMPONENT dev
+            FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/renewer COMPONENT dev)
+  endif()
 endfunction()
 
 # A library of the simulator, included as "simulator/<folder>/<file>".
