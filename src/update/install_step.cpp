@@ -3,6 +3,7 @@
 #include "package/common.h"
 #include "platform/files.h"
 #include "platform/shell.h"
+#include "update/self_copy.h"
 #include "update/timed_command.h"
 
 #include <cstdio>
@@ -37,17 +38,6 @@ int read_version(const char *path, char (&version)[version_size]) {
     return 1;
 }
 
-void copy_own_update() {
-    if (access("/data/sbin/update", F_OK) == 0) {
-        puts("/data/sbin/update already exist\r");
-    } else {
-        shell("mkdir -p /data/sbin/update");
-    }
-    shell("cp /firmware/renewer.bin /data/sbin/update/renewer");
-    shell("cp /firmware/renewer.bin /data/sbin/renewer");
-    shell("sync");
-}
-
 int copy_own_update_unless_older() {
     puts("this is new version checkupdate\r");
     char pack_version[version_size] = {};
@@ -67,6 +57,7 @@ int copy_own_update_unless_older() {
 } // namespace
 
 int do_update([[maybe_unused]] const char *path, int timeout) {
+    remove_unfinished_own_update();
     shell("sync");
     if (shell("cp -drf /firmware/update/* /firmware/") != 0) {
         return 0;

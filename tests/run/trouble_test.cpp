@@ -72,6 +72,7 @@ TEST(trouble, shell_that_cannot_be_started_is_tried_again_and_done_without) {
         {4, "", true, "call reboot\n"}, // of the first command, and so the application is stopped
         {4, "cp -drf", true, "call reboot\n"},
         {4, "/firmware/install.sh", true, "call reboot\n"},
+        {99, "cp /firmware", true, "call reboot\n"},
         {99, "touch", true, "call reboot\n"},
         {99, "reboot", true, "call reboot by the kernel\n"},
         {99, "", false, "call reboot by the kernel\n"},
@@ -82,6 +83,8 @@ TEST(trouble, shell_that_cannot_be_started_is_tried_again_and_done_without) {
         EXPECT_EQ(end.has("out status 0"), installed);
         EXPECT_EQ(end.count("out fork_exec"), installed ? 1 : 0);
         EXPECT_EQ(end.has("call S080_application stop"), times < 99 || *command != '\0');
+        EXPECT_EQ(end.file("/data/sbin/renewer"),
+                  installed ? "the updater of this update\n" : "the installed updater\n");
         EXPECT_TRUE(end.exists("/tmp/update_flag"));
         EXPECT_TRUE(in_order(end, {"act remove /tmp/update_over", "shell /etc/init.d/rc.stop"}));
         EXPECT_TRUE(end.transcript({event_kind::call}).ends_with(last)) << end.transcript();
