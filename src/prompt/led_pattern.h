@@ -6,12 +6,12 @@
 // The front panel's six LEDs and the patterns that are made of them.
 namespace renewer {
 
-constexpr const char light_static_data[] = "Light_Static_Data";
-constexpr const char light_gps[] = "Light_Gps";
-constexpr const char light_data_se[] = "Light_Data_Se";
-constexpr const char light_data_re[] = "Light_Data_Re";
-constexpr const char light_charge[] = "Light_Charge";
-constexpr const char light_power[] = "Light_Power";
+inline constexpr const char light_static_data[] = "Light_Static_Data";
+inline constexpr const char light_gps[] = "Light_Gps";
+inline constexpr const char light_data_se[] = "Light_Data_Se";
+inline constexpr const char light_data_re[] = "Light_Data_Re";
+inline constexpr const char light_charge[] = "Light_Charge";
+inline constexpr const char light_power[] = "Light_Power";
 
 struct led_state {
     const char *name;

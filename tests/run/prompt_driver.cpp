@@ -1,15 +1,15 @@
 // Runs prompts one after the other, in place of the update run:
 //
 //     6                 prompt_user(6), and prints "prompt 6: <result>"
-//     pause=2.5         lets 2.5 s pass
+//     until=/tmp/x      waits until there is such a file
 //     descriptors=1100  takes descriptors up to that number
-//     light=2.5         runs the second pattern beside, until the running indication is ended or
-//                       the program has waited 2.5 s for it
+//     light             runs the second pattern beside, until the running indication is ended
 #include "prompt/prompt_led_corvus.h"
 #include "prompt/prompt_user.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <pthread.h>
 #include <string_view>
@@ -17,8 +17,10 @@
 
 namespace {
 
-void pause_for(double seconds) {
-    usleep(static_cast<useconds_t>(seconds * 1e6));
+void wait_for(const char *path) {
+    while (access(path, F_OK) != 0) {
+        usleep(100'000);
+    }
 }
 
 void take_descriptors(int last) {
@@ -26,23 +28,19 @@ void take_descriptors(int last) {
     }
 }
 
-void run_light(double seconds) {
+void run_light() {
     pthread_t light;
     pthread_create(&light, nullptr, renewer::led_thread_fun_corvus, nullptr);
     pthread_detach(light);
-    pause_for(seconds);
 }
 
 void run_step(std::string_view step) {
-    const size_t sign = step.find('=');
-    const std::string_view name = step.substr(0, sign);
-    const double value = sign == step.npos ? 0 : atof(step.data() + sign + 1);
-    if (name == "pause") {
-        pause_for(value);
-    } else if (name == "descriptors") {
-        take_descriptors(static_cast<int>(value));
-    } else if (name == "light") {
-        run_light(value);
+    if (step.starts_with("until=")) {
+        wait_for(step.data() + strlen("until="));
+    } else if (step.starts_with("descriptors=")) {
+        take_descriptors(atoi(step.data() + strlen("descriptors=")));
+    } else if (step == "light") {
+        run_light();
     } else {
         const int number = atoi(step.data());
         printf("prompt %d: %d\n", number, renewer::prompt_user(number));
