@@ -1,7 +1,7 @@
 // What the run does when something around it breaks.
 
-#include "simulator/unit/unit.h"
 #include "tests/run/order.h"
+#include "tests/run/usual_unit.h"
 
 #include <gtest/gtest.h>
 
@@ -12,12 +12,6 @@ using namespace simulator;
 namespace {
 
 const std::vector<std::string> no_questions = {"5", "/firmware/package"};
-
-unit usual_unit() {
-    unit it;
-    it.model("13").acknowledge_end(200ms).clock_speed(100);
-    return it;
-}
 
 TEST(trouble, run_outlives_the_reader_of_its_output) {
     const outcome end = usual_unit()
@@ -99,14 +93,6 @@ TEST(trouble, missing_leds_are_reported_and_passed_over) {
     EXPECT_TRUE(end.has("out led dev  open failed"));
     EXPECT_TRUE(end.has("shell echo update_success"));
     EXPECT_EQ(end.exit_status, 1);
-}
-
-TEST(trouble, missing_key_device_declines_after_the_wait) {
-    const outcome end =
-        usual_unit().without("/dev/input/event1").run({"1", "/media/sda1/update", "34"});
-    EXPECT_EQ(end.count("out key fd < 0"), 1);
-    EXPECT_TRUE(end.has("user canceled"));
-    EXPECT_EQ(end.exit_status, 0);
 }
 
 TEST(trouble, log_that_cannot_be_written_fails_the_update_but_not_the_run) {

@@ -1,8 +1,7 @@
 #include "update/timed_command.h"
 
 #include "tests/support/files.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/printed.h"
 
 #include <cerrno>
 #include <chrono>
@@ -61,36 +60,18 @@ TEST(timed_command, at_least_one_attempt_and_no_more_than_asked_for) {
 
 TEST(timed_command, child_that_cannot_be_made_is_reported_and_not_tried_again) {
     no_processes_left = true;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(fork_exec_timeout("true", "none", 60, 2), 1);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "fork_exec: true\n");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    std::string lines;
+    EXPECT_EQ(complained([&] {
+                  lines = printed([] { EXPECT_EQ(fork_exec_timeout("true", "none", 60, 2), 1); });
+              }),
               "fork failed: Resource temporarily unavailable\n");
+    EXPECT_EQ(lines, "fork_exec: true\n");
 }
 
-TEST(timed_command, handler_stops_the_named_process_whenever_it_is_called) {
-    put_file("/tmp/bin/killall", "#!/bin/sh\necho \"$@\" >> /tmp/killed\n");
-    std::filesystem::permissions("/tmp/bin/killall", std::filesystem::perms::owner_all);
-    setenv("PATH", "/tmp/bin:/usr/bin:/bin", 1);
-    EXPECT_EQ(fork_exec_timeout("true", "install.sh", no_limit, 1), 0);
-    handleTimeout(SIGALRM);
-    handleTimeout(SIGALRM);
-    EXPECT_EQ(get_file("/tmp/killed"), "install.sh\ninstall.sh\n");
-    EXPECT_EQ(alarm(0), 0u); // and sets no alarm when nothing is waited for
-}
-
-TEST(timed_command, what_a_failed_attempt_leaves_is_ended_without_waiting_where_proc_is_missing) {
-    int held[2]; // by all that runs
-    ASSERT_EQ(pipe(held), 0);
-    ASSERT_EQ(mount("nothing", "/proc", "tmpfs", 0, ""), 0);
-    const auto begun = std::chrono::steady_clock::now();
-    EXPECT_EQ(fork_exec_timeout("sleep 100 & exit 3", "none", no_limit, 1), 3 << 8);
-    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(10));
-    umount("/proc");
-    close(held[1]);
-    pollfd all_ended = {held[0], POLLIN, 0};
-    EXPECT_EQ(poll(&all_ended, 1, 10'000), 1);
+TEST(timed_command, command_that_asks_gets_no_answer) {
+    put_file("/tmp/answers", "answer\n");
+    ASSERT_NE(freopen("/tmp/answers", "r", stdin), nullptr);
+    EXPECT_EQ(fork_exec_timeout("read answer", "none", no_limit, 1), 1 << 8);
 }
 
 TEST(timed_command, buffered_output_is_written_once) {

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "simulator/unit/unit.h"
+
+// A unit of model 13, of whose run nothing but the start is waited for: a path below "/firmware"
+// asks nobody, and the end is acknowledged at once.
+inline simulator::unit usual_unit() {
+    simulator::unit it;
+    it.model("13").acknowledge_end(std::chrono::milliseconds(200)).clock_speed(100);
+    return it;
+}
