@@ -55,12 +55,9 @@ TEST(show, old_fields_in_their_bits) {
         const char *line;
     } const cases[] = {
         {{.magic = 0}, "magic", "magic    : 0"},
-        {{.version = 0xff000000}, "version", "version  : 0.0.0"},
         {{.version = 0xaaff80fe}, "version", "version  : 255.128.254"},
         {{.pn = "\x12\x34\x56\x78"s, .pnlen = 7}, "pn", "pn       : 1234568"},
         {{.pn = "\x12\x34"s, .pnlen = 1}, "pn", "pn       : 2"},
-        {{.pnlen = 0}, "pn", "pn       : "},
-        {{.pn = ones, .pnlen = 32}, "pn", "pn       : ffffffffffffffffffffffffffffffff"},
         {{.pn = ones, .pnlen = 33}, "pn", "pn       : ffffffffffffffffffffffffffffffff"},
         {{.pn = ones, .pnlen = 0xffffffff}, "pn", "pn       : ffffffffffffffffffffffffffffffff"},
         {{.date = 0xffffffff}, "date", "date     : 8388607-15-31"},
@@ -102,9 +99,8 @@ TEST(show, node_table_behind_each_length_of_version_text) {
     struct {
         const char *version;
         size_t table;
-    } const cases[] = {{"1.1.4.", 112},       {"1.1.4.0", 112},       {"10.2.3.4", 116},
-                       {"10.22.3.4", 116},    {"10.22.33.4", 116},    {"10.22.33.44", 116},
-                       {"111.22.33.44", 120}, {"111.222.33.44", 120}, {"111.222.33.444", 120}};
+    } const cases[] = {
+        {"1.1.4.0", 112}, {"10.2.3.4", 116}, {"10.22.33.44", 116}, {"111.22.33.44", 120}};
     for (const auto &[version, table] : cases) {
         const auto length = static_cast<uint32_t>(strlen(version) + 1);
         std::string file =
@@ -141,24 +137,6 @@ TEST(show, unterminated_texts) {
     EXPECT_EQ(line_of(lines, "flag"), "flag           : 8000000000000000");
 }
 
-TEST(show, header_that_could_not_be_read) {
-    const pack_head_new head = {};
-    EXPECT_EQ(printed([&] { show_header_new(&head); }), "magic          : 0\n"
-                                                        "head_len       : 0\n"
-                                                        "head_version   : 0\n"
-                                                        "pnlen          : 0\n"
-                                                        "pn             : \n"
-                                                        "version_len    : 0\n"
-                                                        "version_content: \n"
-                                                        "git_version    : \n"
-                                                        "date           : \n"
-                                                        "time           : \n"
-                                                        "flag           : 00\n"
-                                                        "count          : 0\n"
-                                                        "md5            : "
-                                                        "00000000000000000000000000000000\n");
-}
-
 TEST(show, null_records_print_nothing) {
     pack_head old = {};
     pack_head_new head = {};
@@ -173,6 +151,7 @@ TEST(show, null_records_print_nothing) {
                   show_nodes_new(&head, nullptr);
               }),
               "");
+    EXPECT_EQ(line_of(printed([&] { show_header_new(&head); }), "version_c"), "version_content: ");
 }
 
 // Counts whose table the file cannot hold; 0x15555556 records are 8 bytes in 32 bits.
@@ -183,7 +162,6 @@ TEST(show, table_beyond_the_end_of_the_file) {
     } const cases[] = {
         {2, "ret( 23 ) <  nodes( 24 )\n"},
         {0x15555556, "ret( 23 ) <  nodes( 4294967304 )\n"},
-        {0xffffffff, "ret( 23 ) <  nodes( 51539607540 )\n"},
     };
     const std::string table = sample::node(1, 0, 0) + sample::node(2, 0, 0);
     const std::string short_table = table.substr(0, 23);
