@@ -99,7 +99,7 @@ TEST(self_copy, both_are_the_new_updater_or_what_they_were) {
         const char *fallback_is;
         std::string steps; // empty: whichever
     } cases[] = {
-        {"nothing in the way", 4000, 200, false, 0, nullptr, "new", "new", first_flush},
+        {"nothing in the way", 4000, 200, false, 9, nullptr, "new", "new", first_flush},
         {"runs", 4000, 200, true, 0, nullptr, "new", "new",
          std::string(first_flush) + replaced_whole},
         {"commands that end half-way", 4000, 200, false, 9, half_a_copy, "new", "new", ""},
@@ -119,6 +119,7 @@ TEST(self_copy, both_are_the_new_updater_or_what_they_were) {
         put_file("/firmware/renewer.bin", new_updater);
         if (is_fallback > 0) {
             put_file(fallback, old_updater.substr(0, is_fallback * 1024));
+            put_file("/data/sbin/update/renewer.new", "of a run that was cut off");
         }
         put_file("/data/sbin/renewer.new", "of a run that was cut off");
         put_file("/tmp/bin/cp", cp == nullptr ? "" : cp);
