@@ -7,7 +7,8 @@
 ROOT is the top of the sources, ROOMS the list of targets that the build writes for the test of the
 arrows: the folders of src/ and what they link become rooms.dot. Each .svg in docs/pictures that has
 a .dot beside it carries the digest of that source, so that the check needs no Graphviz. It also
-looks for the functions ("name()") and folders ("name/") of which the sources speak.
+looks for the functions ("name()") and folders ("name/") of which the sources speak, and for the
+lines that oled.md quotes from its example.
 """
 
 import hashlib
@@ -73,6 +74,11 @@ def complaints(root, pictures, graph):
         for name in re.findall(r"(?:\w+/)+(?=\")", text):
             if not (root / name).is_dir():
                 yield f"{source.name}: there is no {name}"
+    example = (root / "examples/oled_hello.cpp").read_text(encoding="utf-8")
+    document = (root / "docs/oled.md").read_text(encoding="utf-8")
+    for quoted in re.findall("^```cpp\n(.*?)^```$", document, re.DOTALL | re.MULTILINE):
+        if quoted not in example:
+            yield f"oled.md quotes what oled_hello.cpp does not have:\n{quoted}"
 
 
 def main(task, root, rooms):

@@ -36,12 +36,18 @@ struct prompt {
     double seconds;
 };
 
-// How long the driver waits beside the running indication: longer than what is drawn of it.
-const std::string pause_beside = "20 s";
+// The driver waits in these steps until the running indication has gone on for longer than what is
+// drawn of it.
+const std::string step_beside = "0.1 s";
+const moment seen_enough = after("led Light_Power 255", 0s, 5);
 
 const std::array<prompt, 5> prompts = {{
     {"The question", "until a key answers, at most 120 s", "10135634", {"1"}, 4},
-    {"The update runs", "until its script has ended", "10135634", {"3", "pause=20", "2"}, 4},
+    {"The update runs",
+     "until its script has ended",
+     "10135634",
+     {"3", "until=/tmp/enough", "2"},
+     4},
     {"Success", "part-number characters 4 and 5 from 56 to 59", "10135634", {"2"}, 4},
     {"Success", "all other part numbers", "10135534", {"2"}, 4},
     {"Failure, or not allowed", "three flashes, then a pause", "10135634", {"4"}, 9},
@@ -67,7 +73,7 @@ void draw_bars(svg &on, double left, double top, const outcome &end, double show
     };
     for (const event &happened : end.events) {
         if (happened.kind == event_kind::sleep || happened.kind == event_kind::wait) {
-            now += happened.text == pause_beside ? 0 : seconds_of(happened.text);
+            now += happened.text == step_beside ? 0 : seconds_of(happened.text);
         } else if (happened.kind == event_kind::led) {
             const std::string name = happened.text.substr(0, happened.text.find(' '));
             if (!happened.text.ends_with(" 0")) {
@@ -115,6 +121,7 @@ std::string draw_lights() {
                                 .part_number(prompts[i].part_number)
                                 .without("/dev/input/event1")
                                 .clock_speed(prompts[i].steps[0] == "1" ? 400 : 20)
+                                .write("/tmp/enough", "", seen_enough)
                                 .program(PROMPT_DRIVER)
                                 .run(prompts[i].steps);
         if (end.exit_status != 0) {
