@@ -1,5 +1,6 @@
 // LED files with the manners of sysfs, and SPI device nodes.
 
+#include "simulator/boundary/disk.h"
 #include "simulator/boundary/process.h"
 
 #include <cerrno>
@@ -15,14 +16,6 @@
 using namespace boundary;
 
 namespace {
-
-// The path that a descriptor was opened by (proc(5), /proc/pid/fd).
-void descriptor_path(int descriptor, char (&path)[256]) {
-    char link[64];
-    snprintf(link, sizeof(link), "/proc/self/fd/%d", descriptor);
-    const ssize_t length = readlink(link, path, sizeof(path) - 1);
-    path[length > 0 ? length : 0] = '\0';
-}
 
 // The LED whose brightness file this is, in place at the start of `path`; null for other files.
 const char *led_of(char (&path)[256]) {
@@ -134,6 +127,10 @@ ssize_t write(int descriptor, const void *bytes, size_t count) {
     const auto real = next<decltype(write)>("write");
     char path[256];
     descriptor_path(descriptor, path);
+    if (path[0] == '/' && disk_is_full(path)) {
+        errno = ENOSPC;
+        return -1;
+    }
     const char *led = led_of(path);
     if (led == nullptr) {
         return real(descriptor, bytes, count);

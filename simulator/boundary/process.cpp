@@ -97,14 +97,23 @@ void send_record(const char *record, size_t size) {
 
 void tell(const char *format, ...) {
     char record[4096];
+    const size_t begin = gettid() == getpid() ? 0 : strlen(simulator::thread_mark);
+    memcpy(record, simulator::thread_mark, begin);
     va_list arguments;
     va_start(arguments, format);
-    const int length = vsnprintf(record, sizeof(record), format, arguments);
+    const int length = vsnprintf(record + begin, sizeof(record) - begin, format, arguments);
     va_end(arguments);
     if (length > 0) {
-        const size_t size = static_cast<size_t>(length);
+        const size_t size = begin + static_cast<size_t>(length);
         send_record(record, size < sizeof(record) ? size : sizeof(record) - 1);
     }
+}
+
+void descriptor_path(int descriptor, char (&path)[256]) {
+    char link[64];
+    snprintf(link, sizeof(link), "/proc/self/fd/%d", descriptor);
+    const ssize_t length = readlink(link, path, sizeof(path) - 1);
+    path[length > 0 ? length : 0] = '\0';
 }
 
 } // namespace boundary
@@ -113,7 +122,9 @@ extern "C" {
 
 int system(const char *command) {
     boundary::tell_long("shell ", command);
-    return boundary::no_shell_for(command) ? -1 : boundary::next_system(command);
+    const int status = boundary::no_shell_for(command) ? -1 : boundary::next_system(command);
+    boundary::tell("ended %d", status);
+    return status;
 }
 
 // ThreadSanitizer's runtime holds signals back in waits that it does not know to block, as this

@@ -25,6 +25,9 @@ void send_record(const char *record, size_t size);
 // Sends a record, cut to a few KiB.
 [[gnu::format(printf, 1, 2)]] void tell(const char *format, ...);
 
+// The path that a descriptor was opened by (proc(5), /proc/pid/fd); empty when it has none.
+void descriptor_path(int descriptor, char (&path)[256]);
+
 // The next definition of a function: the C library's, or a sanitizer's in front of it.
 template <typename function>
 function *next(const char *name) {

@@ -34,6 +34,7 @@ struct event {
     unit_time at; // since the program was started
     event_kind kind;
     std::string text;
+    bool background = false; // by a thread of the program that is not its first
 
     std::string line() const; // "led Light_Gps 255"
 };

@@ -1,8 +1,10 @@
 #include "simulator/unit/observation.h"
 
+#include "simulator/boundary/protocol.h"
 #include "simulator/unit/live.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace simulator {
 
@@ -50,8 +52,8 @@ unit_time observation::now() const {
     return std::chrono::duration_cast<unit_time>(desk * plan.clock_speed);
 }
 
-void observation::note(event_kind kind, std::string text) {
-    const event happened = {now(), kind, std::move(text)};
+void observation::note(event_kind kind, std::string text, bool background) {
+    const event happened = {now(), kind, std::move(text), background};
     result.events.push_back(happened);
     if (plan.watcher) {
         plan.watcher(happened);
@@ -79,6 +81,10 @@ void observation::note_printed(event_kind kind, std::string_view text) {
 }
 
 void observation::note_record(std::string_view record) {
+    const bool background = record.starts_with(thread_mark);
+    if (background) {
+        record.remove_prefix(strlen(thread_mark));
+    }
     const auto [name, rest] = first_word(record);
     const std::string text(rest);
     if (name == "memory") {
@@ -89,10 +95,23 @@ void observation::note_record(std::string_view record) {
     } else if (name == "transfer") {
         const auto [node, bytes] = first_word(rest);
         take_transfer(node, bytes);
+    } else if (name == "ended") {
+        take_command_end();
     } else if (const auto kind = kind_named(name)) {
-        note(*kind, text);
+        note(*kind, text, background);
         if (*kind == event_kind::led) {
             take_line(text);
+        }
+    }
+}
+
+// Command lines follow one another, but that of an alarm's handler runs within another.
+void observation::take_command_end() {
+    for (size_t number = result.events.size(); number-- > 0;) {
+        const event &command = result.events[number];
+        if (command.kind == event_kind::shell && !result.durations.contains(number)) {
+            result.durations[number] = now() - command.at;
+            return;
         }
     }
 }

@@ -15,7 +15,7 @@ public:
     observation(const unit_plan &plan, const running_unit &unit);
 
     // Adds an event to the time line.
-    void note(event_kind kind, std::string text);
+    void note(event_kind kind, std::string text, bool background = false);
 
     // Adds what was printed: each line is an event, and so is an unfinished line.
     void note_printed(event_kind kind, std::string_view text);
@@ -47,6 +47,7 @@ private:
     void make_happen(const happening &what, unit_time key_time);
     void set_due(const event &happened);
     void take_line(std::string_view text);
+    void take_command_end();
     void take_level(std::string_view node, std::string_view number);
     void take_transfer(std::string_view node, std::string_view bytes);
     template <typename panel_model>

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@ namespace simulator {
 // environment variable RENEWER_KEEP_UNIT is set.
 struct outcome {
     std::vector<event> events;
+    std::map<size_t, unit_time> durations; // of the shell's command lines, by number of the event
     int exit_status = -1;   // -1 when the program was ended by a signal or by the real-time limit
     int ended_by = 0;       // the signal's number, 0 for none
     bool timed_out = false; // ended by the desk (see `unit::patience` and `unit::stop_when`)

@@ -7,10 +7,10 @@
 #include "simulator/unit/init.h"
 #include "simulator/unit/installation.h"
 #include "simulator/unit/observation.h"
+#include "simulator/unit/pipe_pair.h"
 #include "simulator/unit/recorder.h"
 #include "simulator/unit/unit.h"
 
-#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
@@ -24,24 +24,6 @@ namespace simulator {
 namespace fs = std::filesystem;
 
 namespace {
-
-struct pipe_pair {
-    pipe_pair() : pipe_pair(made()) {}
-
-    renewer::owned_descriptor read_end;
-    renewer::owned_descriptor write_end;
-
-private:
-    explicit pipe_pair(std::array<int, 2> ends) : read_end(ends[0]), write_end(ends[1]) {}
-
-    static std::array<int, 2> made() {
-        std::array<int, 2> ends;
-        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-            fail("pipe");
-        }
-        return ends;
-    }
-};
 
 // A directory that is removed with its last user, unless the user of the desk wants to keep it.
 std::shared_ptr<const fs::path> make_work_directory() {

@@ -17,8 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unit_time key_hold = 100ms;
-
 std::string_view name_of(key which) {
     constexpr std::array<std::string_view, 7> names = {"ok", "right", "left", "down",
                                                        "up", "esc",   "power"};
@@ -83,9 +81,9 @@ happening cutting_power() {
 
 unit::unit() : plan(std::make_shared<unit_plan>()) {}
 
-unit &unit::press(key which, const moment &when) {
+unit &unit::press(key which, const moment &when, unit_time hold) {
     plan->happenings.push_back(planned(pressing(which), when));
-    plan->happenings.push_back(planned(releasing(which), later(when, key_hold)));
+    plan->happenings.push_back(planned(releasing(which), later(when, hold)));
     return *this;
 }
 
@@ -110,6 +108,15 @@ unit &unit::write(std::string_view path, std::string_view content, const moment 
         "write " + std::string(path),
         [path = std::string(path), content = std::string(content)](const fs::path &root) {
             std::ofstream(below(root, path), std::ios::binary) << content;
+        },
+        when);
+}
+
+unit &unit::fill_disk(std::string_view path, const moment &when) {
+    return does(
+        "disk full below " + std::string(path),
+        [path = std::string(path)](const fs::path &root) {
+            std::ofstream(below(root, full_disk_path), std::ios::binary) << path;
         },
         when);
 }

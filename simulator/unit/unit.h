@@ -50,10 +50,13 @@ public:
     // lines and succeeds. Written as it stands, so it needs its own "#!" line if it wants one.
     unit &install_script(std::string_view text);
 
-    // The update comes as this package of the new layout (renewer-pack makes them): it is unpacked
-    // into "/firmware/update", in place of what is usually there, and its header left in
-    // "/data/app/log/pack_tmp", as the unit's main application does before it starts the updater.
-    unit &package(const std::filesystem::path &file);
+    // The update comes as this package (renewer-pack makes them): it is unpacked into
+    // "/firmware/update", in place of what is usually there, and the header of the new layout left
+    // in "/data/app/log/pack_tmp", as the unit's main application does before it starts the
+    // updater.
+    unit &package(const std::filesystem::path &file, bool with_header = true);
+    // The update comes unpacked, as this directory of the desk.
+    unit &unpacked_package(const std::filesystem::path &directory);
 
     // Supplies. The defaults are a full battery and an external 12 V supply.
     unit &supply(const struct supply_file &measured); // see supplies.h
@@ -75,12 +78,15 @@ public:
     unit &failing_key_device();
 
     // What happens during the run. Key events carry as their time 1000 s and the moment's delay.
-    unit &press(key which, const moment &when); // a press and, 100 ms later, its release; each
-                                                // followed by a synchronisation event
+    // A press and, `hold` later, its release; each followed by a synchronisation event.
+    unit &press(key which, const moment &when, unit_time hold = 100ms);
     unit &key_event(uint16_t code, int32_t value, const moment &when); // one 16-byte event
     unit &acknowledge_end(unit_time delay); // removes "/tmp/update_over" that long after it is made
     unit &remove(std::string_view path, const moment &when);
     unit &write(std::string_view path, std::string_view content, const moment &when);
+    // From then on writes to files below `path` fail as on a full disk, as far as they go through
+    // write(2) or copy_file_range(2) of the C library (cp, dd, the shell's redirections).
+    unit &fill_disk(std::string_view path, const moment &when);
     unit &kill_program(int signal, const moment &when);
     // Ends everything in the unit at once; the tree stays as it is at that moment.
     unit &cut_power(const moment &when);

@@ -1,0 +1,43 @@
+// A disk that is full.
+
+#include "simulator/boundary/disk.h"
+
+#include "simulator/boundary/process.h"
+#include "simulator/boundary/protocol.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace boundary {
+
+bool disk_is_full(const char *path) {
+    const int file = open(simulator::full_disk_path, O_RDONLY | O_CLOEXEC);
+    if (file < 0) {
+        return false;
+    }
+    char full[256];
+    const ssize_t size = read(file, full, sizeof(full));
+    close(file);
+    return size > 0 && strncmp(path, full, static_cast<size_t>(size)) == 0;
+}
+
+} // namespace boundary
+
+extern "C" {
+
+// What cp(1) asks for first; it goes on with write(2) where this is not possible.
+ssize_t copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, size_t count,
+                        unsigned flags) {
+    char path[256];
+    boundary::descriptor_path(to, path);
+    if (boundary::disk_is_full(path)) {
+        errno = ENOSPC;
+        return -1;
+    }
+    return boundary::next<decltype(copy_file_range)>("copy_file_range")(from, from_at, to, to_at,
+                                                                        count, flags);
+}
+
+} // extern "C"
