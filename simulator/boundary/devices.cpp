@@ -2,6 +2,7 @@
 
 #include "simulator/boundary/disk.h"
 #include "simulator/boundary/process.h"
+#include "simulator/boundary/spi_requests.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -9,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <linux/spi/spidev.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -34,19 +34,7 @@ const char *led_of(char (&path)[256]) {
 
 // An SPI device node: a plain file in the unit's tree; the panel behind it stands on the desk.
 
-struct spi_settings {
-    uint8_t mode = 0;
-    uint8_t bits_per_word = 8;
-    uint32_t speed_hz = 1'000'000;
-};
-
-spi_settings spi;
 unsigned long spi_transfers = 0;
-
-// The unit's SPI driver takes these two spidev requests as the setting of the panel's data/command
-// line, with a plain integer.
-constexpr unsigned long set_command_level = SPI_IOC_RD_MODE32;
-constexpr unsigned long set_data_level = SPI_IOC_WR_MODE32;
 
 bool is_spi_node(const char *path) {
     return strncmp(path, "/dev/spidev", strlen("/dev/spidev")) == 0;
@@ -72,37 +60,16 @@ int spi_transfer(const char *node, const spi_ioc_transfer &transfer) {
     return static_cast<int>(transfer.len);
 }
 
-int spi_request(const char *node, unsigned long request, unsigned long argument) {
-    switch (request) {
-    case set_command_level:
-    case set_data_level:
-        tell("level %s %lu", node, argument);
-        return 0;
-    case SPI_IOC_WR_MODE:
-        spi.mode = *reinterpret_cast<const uint8_t *>(argument);
-        return 0;
-    case SPI_IOC_RD_MODE:
-        *reinterpret_cast<uint8_t *>(argument) = spi.mode;
-        return 0;
-    case SPI_IOC_WR_BITS_PER_WORD:
-        spi.bits_per_word = *reinterpret_cast<const uint8_t *>(argument);
-        return 0;
-    case SPI_IOC_RD_BITS_PER_WORD:
-        *reinterpret_cast<uint8_t *>(argument) = spi.bits_per_word;
-        return 0;
-    case SPI_IOC_WR_MAX_SPEED_HZ:
-        spi.speed_hz = *reinterpret_cast<const uint32_t *>(argument);
-        return 0;
-    case SPI_IOC_RD_MAX_SPEED_HZ:
-        *reinterpret_cast<uint32_t *>(argument) = spi.speed_hz;
-        return 0;
-    case SPI_IOC_MESSAGE(1):
-        return spi_transfer(node, *reinterpret_cast<const spi_ioc_transfer *>(argument));
-    default:
-        errno = ENOTTY;
-        return -1;
-    }
-}
+// The link that a node leads to; its settings stay when the node is opened again.
+struct spi_link {
+    const char *node;
+    uint32_t highest_speed = UINT32_MAX;
+    static inline spi_settings settings;
+
+    void level(int, int argument) const { tell("level %s %d", node, argument); }
+    int transfer(const spi_ioc_transfer &asked) const { return spi_transfer(node, asked); }
+    void exchanged(const char *, const char *, uint32_t) const {}
+};
 
 } // namespace
 
@@ -118,7 +85,8 @@ int ioctl(int descriptor, unsigned long request, ...) {
     char path[256];
     descriptor_path(descriptor, path);
     if (is_spi_node(path)) {
-        return spi_request(path, number, argument);
+        spi_link link = {path};
+        return answer_spi_request(link, number, reinterpret_cast<void *>(argument));
     }
     return next<decltype(ioctl)>("ioctl")(descriptor, request, argument);
 }

@@ -2,10 +2,10 @@
 
 #include "lcd/sa1230_pictures.h"
 
+#include "simulator/in_process/spi_boundary.h"
 #include "tests/support/files.h"
 #include "tests/support/pictures.h"
 #include "tests/support/printed.h"
-#include "tests/support/spi_boundary.h"
 
 #include <fcntl.h>
 

@@ -1,11 +1,11 @@
 #include "oled/canvas.h"
 
 #include "oled/ssd1327zb_draw_border.h"
+#include "simulator/in_process/spi_boundary.h"
 #include "tests/support/files.h"
 #include "tests/support/grey.h"
 #include "tests/support/pictures.h"
 #include "tests/support/printed.h"
-#include "tests/support/spi_boundary.h"
 
 using namespace renewer;
 

@@ -1,9 +1,9 @@
 #include "oled/ssd1327zb_canvas_handler.h"
 
+#include "simulator/in_process/spi_boundary.h"
 #include "tests/support/files.h"
 #include "tests/support/printed.h"
 #include "tests/support/scarce_memory.h"
-#include "tests/support/spi_boundary.h"
 
 #include <fcntl.h>
 

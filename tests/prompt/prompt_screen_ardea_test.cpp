@@ -2,11 +2,11 @@
 
 #include "lcd/sa1230_device.h"
 
+#include "simulator/in_process/spi_boundary.h"
 #include "tests/support/files.h"
 #include "tests/support/key_events.h"
 #include "tests/support/output.h"
 #include "tests/support/pictures.h"
-#include "tests/support/spi_boundary.h"
 
 #include <gtest/gtest.h>
 

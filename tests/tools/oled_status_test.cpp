@@ -1,7 +1,7 @@
 #include "tools/oled_status/status_screen.h"
 
+#include "simulator/in_process/spi_boundary.h"
 #include "tests/support/grey.h"
-#include "tests/support/spi_boundary.h"
 #include "tools/oled_status/texts.h"
 
 #include <gtest/gtest.h>

@@ -10,7 +10,7 @@
 
 // What a display driver asks of the system, in the test's own process: the requests to an SPI link
 // with the colour LCD or the grey OLED at its end, the shell commands that switch the LCD's lines,
-// and the sleeps, which end at once. Link with renewer_test_spi.
+// and the sleeps, which end at once. Link with renewer::in_process.
 struct spi_boundary {
     // Everything asked for, one a line: "set mode 0", "data level", "command 2A", "pixels 4096",
     // "shell echo ...", "wait 5000 us", "sleep 1 s", "select 120.000000 s".

@@ -1,4 +1,6 @@
-#include "tests/support/spi_boundary.h"
+#include "simulator/in_process/spi_boundary.h"
+
+#include "simulator/boundary/spi_requests.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -6,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <linux/spi/spidev.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/select.h>
@@ -26,20 +27,8 @@ void spi_boundary::forget() {
 
 namespace {
 
-constexpr unsigned long command_level_request = 0x80046B05;
-constexpr unsigned long data_level_request = 0x40046B05;
-
 void note(const std::string &line) {
     spi().transcript += line + "\n";
-}
-
-int set_level(int level, int argument) {
-    if (argument != level) {
-        note("wrong level argument " + std::to_string(argument));
-    }
-    note(level == 0 ? "command level" : "data level");
-    spi().leads_to_oled ? spi().oled.level(argument) : spi().panel.level(argument);
-    return 0;
 }
 
 int send(const spi_ioc_transfer &transfer) {
@@ -70,35 +59,22 @@ int send(const spi_ioc_transfer &transfer) {
     return static_cast<int>(transfer.len);
 }
 
-int settings(unsigned long request, void *value) {
-    static uint8_t mode, bits;
-    static uint32_t speed;
-    const auto exchange = [](const char *what, auto &kept, auto *place, bool write, auto accepted) {
-        if (write) {
-            kept = accepted(*place);
-            note("set " + std::string(what) + " " + std::to_string(*place));
-        } else {
-            *place = kept;
-            note("get " + std::string(what) + " " + std::to_string(kept));
+struct spi_link {
+    uint32_t highest_speed = spi().highest_speed;
+    static inline boundary::spi_settings settings;
+
+    void level(int level, int argument) const {
+        if (argument != level) {
+            note("wrong level argument " + std::to_string(argument));
         }
-        return 0;
-    };
-    const auto any = [](auto wanted) { return wanted; };
-    const auto limited = [](uint32_t wanted) { return std::min(wanted, spi().highest_speed); };
-    const bool write = _IOC_DIR(request) == _IOC_WRITE;
-    switch (_IOC_NR(request)) {
-    case _IOC_NR(SPI_IOC_WR_MODE):
-        return exchange("mode", mode, static_cast<uint8_t *>(value), write, any);
-    case _IOC_NR(SPI_IOC_WR_BITS_PER_WORD):
-        return exchange("bits", bits, static_cast<uint8_t *>(value), write, any);
-    case _IOC_NR(SPI_IOC_WR_MAX_SPEED_HZ):
-        return exchange("speed", speed, static_cast<uint32_t *>(value), write, limited);
-    default:
-        note("unknown request " + std::to_string(request));
-        errno = ENOTTY;
-        return -1;
+        note(level == 0 ? "command level" : "data level");
+        spi().leads_to_oled ? spi().oled.level(argument) : spi().panel.level(argument);
     }
-}
+    int transfer(const spi_ioc_transfer &asked) const { return send(asked); }
+    void exchanged(const char *how, const char *setting, uint32_t value) const {
+        note(std::string(how) + " " + setting + " " + std::to_string(value));
+    }
+};
 
 } // namespace
 
@@ -112,17 +88,8 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
     if (_IOC_TYPE(request) != SPI_IOC_MAGIC) {
         return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
     }
-    const int number = static_cast<int>(reinterpret_cast<uintptr_t>(argument));
-    switch (request) {
-    case command_level_request:
-        return set_level(0, number);
-    case data_level_request:
-        return set_level(1, number);
-    case SPI_IOC_MESSAGE(1):
-        return send(*static_cast<const spi_ioc_transfer *>(argument));
-    default:
-        return settings(request, argument);
-    }
+    spi_link link;
+    return boundary::answer_spi_request(link, request, argument);
 }
 
 extern "C" int system(const char *command) {
