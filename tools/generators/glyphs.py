@@ -21,18 +21,14 @@ NARROW, WIDE, ROWS = 8, 16, 16
 COUNTS = {"symbols": 32, "ideographs": 196, "repeats": 2, "signs": 1, "cyrillic": 66, "latin": 24}
 
 
-class Refused(Exception):
-    pass
-
-
 def read_text(path):
     try:
         with open(path, encoding="utf-8") as file:
             return file.read()
     except UnicodeDecodeError:
-        raise Refused("not UTF-8")
+        raise ValueError("not UTF-8")
     except OSError:
-        raise Refused(f"cannot read {path}")
+        raise ValueError(f"cannot read {path}")
 
 
 def read_lists(path):
@@ -43,20 +39,20 @@ def read_lists(path):
             continue
         part, blank, characters = line.partition(" ")
         if part not in lists or not blank:
-            raise Refused(f'cannot follow "{line}"')
+            raise ValueError(f'cannot follow "{line}"')
         for character in characters.rpartition(":")[2].replace(" ", ""):
             # A word may have an ideograph that an earlier one has brought.
             if part != "ideographs" or character not in lists[part]:
                 lists[part] += character
     for part, count in COUNTS.items():
         if len(lists[part]) != count:
-            raise Refused(f"{part}: {len(lists[part])} characters instead of {count}")
+            raise ValueError(f"{part}: {len(lists[part])} characters instead of {count}")
     for character in lists["ideographs"]:
         if not "\u4e00" <= character <= "\u9fa5":
-            raise Refused(f"{character} is no ideograph that a text may hold")
+            raise ValueError(f"{character} is no ideograph that a text may hold")
     for character in lists["repeats"]:
         if character not in lists["ideographs"]:
-            raise Refused(f"{character} repeats nothing")
+            raise ValueError(f"{character} repeats nothing")
     return lists
 
 
@@ -66,7 +62,7 @@ def read_font(path):
     for line in read_text(path).splitlines():
         form = re.fullmatch("([0-9A-F]{4,6}):([0-9A-F]{32}|[0-9A-F]{64})", line)
         if not form:
-            raise Refused(f'{path}: cannot follow "{line}"')
+            raise ValueError(f'{path}: cannot follow "{line}"')
         font[chr(int(form[1], 16))] = form[2]
     return font
 
@@ -74,7 +70,7 @@ def read_font(path):
 def rows_of(font, character):
     """The character's rows from the top, each as a text of "0" and "1" from the left."""
     if character not in font:
-        raise Refused(f"the font has no glyph for {character}")
+        raise ValueError(f"the font has no glyph for {character}")
     width = len(font[character]) * 4 // ROWS
     pixels = f"{int(font[character], 16):0{width * ROWS}b}"
     return [pixels[i : i + width] for i in range(0, len(pixels), width)]
@@ -96,7 +92,7 @@ def cell(rows, width):
     A narrow glyph lies in the middle of a wide cell.
     """
     if len(rows[0]) > width:
-        raise Refused("a glyph is too wide for its cell")
+        raise ValueError("a glyph is too wide for its cell")
     columns = list(zip(*(row.center(width, "0") for row in rows)))
     halves = [column[top : top + 8] for top in (0, 8) for column in columns]
     return bytes(int("".join(reversed(half)), 2) for half in halves)
@@ -167,5 +163,5 @@ def main():
 if __name__ == "__main__":
     try:
         main()
-    except (Refused, OSError) as error:
+    except (OSError, ValueError) as error:
         sys.exit(f"glyphs.py: {error}")
