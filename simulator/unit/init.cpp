@@ -46,6 +46,7 @@ void be_careless() {
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, nullptr);
     signal(SIGCHLD, SIG_IGN);
+    signal(SIGTERM, SIG_IGN);
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         close(standard);
     }

@@ -99,8 +99,8 @@ public:
     // The application holds the other end of the program's output and stops reading when it ends.
     unit &output_read_by_application();
 
-    // The program is started with every signal blocked, SIGCHLD ignored and no standard
-    // input, output and error.
+    // The program is started with every signal blocked, SIGCHLD and SIGTERM ignored and no
+    // standard input, output and error.
     unit &careless_starter();
 
     // So many times no shell can be started for a command that begins with `command`.

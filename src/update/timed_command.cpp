@@ -35,11 +35,11 @@ void take_empty_input() {
 // The child of a process with threads: no lock that one of them may have held stands in its way
 // (they never call system(3), and fork(2) sets right what is the C library's own), and it leaves
 // through _exit, so that nothing of the parent's buffered output is written twice. The script finds
-// the usual signals, not those that the run ignores.
+// the usual signals, not those that the run or its starter ignores.
 [[noreturn]] void be_attempt(const char *command) {
     setpgid(0, 0);
     take_empty_input();
-    for (const int number : {SIGALRM, SIGHUP, SIGPIPE}) {
+    for (const int number : {SIGALRM, SIGHUP, SIGPIPE, SIGTERM}) {
         signal(number, SIG_DFL);
     }
     const int status = system_with_patience(command);

@@ -23,8 +23,12 @@ namespace renewer {
 
 namespace {
 
-constexpr const char over_marker[] = "/tmp/update_over";
-constexpr const char flag_marker[] = "/tmp/update_flag";
+struct marker {
+    const char *path;
+    const char *touch;
+};
+constexpr marker over_marker = {"/tmp/update_over", "touch /tmp/update_over"};
+constexpr marker flag_marker = {"/tmp/update_flag", "touch /tmp/update_flag"};
 constexpr int host_time_limit = 60; // seconds for the install script of a host package
 constexpr int no_time_limit = -1;
 constexpr int lowest_bat_percent = 30; // without external power
@@ -33,19 +37,20 @@ constexpr useconds_t marker_poll_us = 100'000;
 enum class decision { go_on, refuse, cancel };
 
 bool update_over_exists() {
-    return access(over_marker, F_OK) == 0;
+    return access(over_marker.path, F_OK) == 0;
 }
 
 // The rest of the unit has to find the marker, also when the command could not make it. One that
 // the command has made may be gone again: then it has been acknowledged.
-void create_marker(const char *path) {
-    if (shell_with_argument("touch", path) != 0) {
-        const owned_descriptor made(open(path, O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
+void create(const marker &which) {
+    if (shell(which.touch) != 0) {
+        const owned_descriptor made(
+            open(which.path, O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
     }
 }
 
 void create_update_over() {
-    create_marker(over_marker);
+    create(over_marker);
     shell("sync");
 }
 
@@ -160,7 +165,7 @@ void outlive_shutdown() {
 [[noreturn]] void end_successful(const char *path) {
     sleep(10);
     prompt_user(PROMPT_SUCCESS);
-    create_marker(flag_marker);
+    create(flag_marker);
     debug(5, "update success!\n");
     shell("echo update_success >> /data/app/log/update.log");
     remove_package(path);
@@ -178,7 +183,7 @@ void outlive_shutdown() {
 }
 
 [[noreturn]] void end_failed(const char *path) {
-    create_marker(flag_marker);
+    create(flag_marker);
     prompt_user(PROMPT_FAILURE);
     remove_package(path);
     create_update_over();
