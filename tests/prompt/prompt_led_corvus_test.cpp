@@ -2,12 +2,11 @@
 
 #include "tests/support/files.h"
 #include "tests/support/key_events.h"
-#include "tests/support/output.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/printed.h"
 
 #include <csignal>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <iterator>
 #include <pthread.h>
 #include <set>
@@ -72,35 +71,22 @@ std::set<std::string> threads_at_rest() {
     return threads();
 }
 
-struct result {
-    int value;
-    std::string out;
-    std::string err;
-};
-
-result run(int (*operation)()) {
-    testing::internal::CaptureStderr();
-    output_listener output;
-    const int value = operation();
-    return {value, output.text, testing::internal::GetCapturedStderr()};
-}
-
 const std::string no_host_file =
     "open sys err: No such file or directory\nget_local_host_info() failure\n";
 const std::string coming = "################update coming!#####################\n";
 
 TEST(prompt_led_corvus, init_after_uninit_opens_the_keys_again) {
     make_leds();
-    EXPECT_EQ(run(uninit_screen_corvus).value, 1);
+    EXPECT_EQ(reply_of(uninit_screen_corvus).value, 1);
     for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(run(init_screen_corvus).out, "key fd < 0\n");
-        EXPECT_EQ(run(init_screen_corvus).out, "");
-        EXPECT_EQ(run(uninit_screen_corvus).value, 1);
+        EXPECT_EQ(reply_of(init_screen_corvus).out, "key fd < 0\n");
+        EXPECT_EQ(reply_of(init_screen_corvus).out, "");
+        EXPECT_EQ(reply_of(uninit_screen_corvus).value, 1);
     }
     put_file(key_device, "");
     const size_t open_before = names_in("/proc/self/fd").size();
     for (int i = 0; i < 3; ++i) {
-        const result opened = run(init_screen_corvus);
+        const reply opened = reply_of(init_screen_corvus);
         EXPECT_EQ(opened.value, 1);
         EXPECT_EQ(opened.out, "");
         EXPECT_EQ(names_in("/proc/self/fd").size(), open_before + 1);
@@ -113,23 +99,14 @@ TEST(prompt_led_corvus, init_after_uninit_opens_the_keys_again) {
 
 TEST(prompt_led_corvus, without_a_host_record) {
     make_leds();
-    const result confirm = run(prompt_confirm_screen_corvus);
-    EXPECT_EQ(confirm.value, 0);
-    EXPECT_EQ(confirm.out, "");
-    EXPECT_EQ(confirm.err, no_host_file);
-
     const std::set<std::string> before = threads_at_rest();
-    const result updating = run(prompt_updating_screen_corvus);
-    EXPECT_EQ(updating.value, 0);
-    EXPECT_EQ(updating.out, "");
-    EXPECT_EQ(updating.err, no_host_file);
-    EXPECT_TRUE(threads_become(before.size()));
-
     joins = 0;
-    const result success = run(prompt_success_screen_corvus);
+    for (const auto prompt : {prompt_confirm_screen_corvus, prompt_updating_screen_corvus,
+                              prompt_success_screen_corvus}) {
+        EXPECT_EQ(reply_of(prompt), (reply{0, "", no_host_file}));
+    }
+    EXPECT_TRUE(threads_become(before.size()));
     EXPECT_EQ(joins, 0);
-    EXPECT_EQ(success.value, 0);
-    EXPECT_EQ(success.err, no_host_file);
     EXPECT_EQ(get_file("/sys/class/leds/Light_Gps/brightness"), "");
 }
 
@@ -138,13 +115,13 @@ TEST(prompt_led_corvus, success_joins_the_thread_before_it_looks_at_the_host_rec
     make_host("1013563400120000");
     const std::set<std::string> before = threads_at_rest();
     for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(run(prompt_updating_screen_corvus).out, coming);
+        EXPECT_EQ(reply_of(prompt_updating_screen_corvus).out, coming);
         EXPECT_TRUE(threads_become(before.size() + 1));
         // A second start ends the first thread: there is never more than one.
-        EXPECT_EQ(run(prompt_updating_screen_corvus).value, 1);
+        EXPECT_EQ(reply_of(prompt_updating_screen_corvus).value, 1);
         EXPECT_TRUE(threads_become(before.size() + 1));
         fs::remove(host_file);
-        EXPECT_EQ(run(prompt_success_screen_corvus).value, 0);
+        EXPECT_EQ(reply_of(prompt_success_screen_corvus).value, 0);
         EXPECT_TRUE(threads_become(before.size()));
         make_host("1013563400120000");
     }
@@ -159,15 +136,13 @@ TEST(prompt_led_corvus, thread_that_cannot_be_started_is_not_joined) {
     pthread_attr_setstacksize(&unaffordable, size_t{3} << (8 * sizeof(size_t) - 2));
     ASSERT_EQ(pthread_setattr_default_np(&unaffordable), 0);
 
-    const result updating = run(prompt_updating_screen_corvus);
-    EXPECT_EQ(updating.value, 1);
-    EXPECT_EQ(updating.out, coming);
-    EXPECT_EQ(updating.err,
-              "====create led_thread_fun error\n: Resource temporarily unavailable\n");
+    EXPECT_EQ(reply_of(prompt_updating_screen_corvus),
+              (reply{1, coming,
+                     "====create led_thread_fun error\n: Resource temporarily unavailable\n"}));
     EXPECT_TRUE(threads_become(before.size()));
     fs::remove(host_file);
     joins = 0;
-    EXPECT_EQ(run(prompt_success_screen_corvus).value, 0);
+    EXPECT_EQ(reply_of(prompt_success_screen_corvus).value, 0);
     EXPECT_EQ(joins, 0);
 }
 
@@ -187,7 +162,7 @@ TEST(prompt_led_corvus, blink_thread_takes_no_signals) {
     make_host("1013563400120000");
     const std::set<std::string> before = threads_at_rest();
     const uint64_t own = blocked_signals(std::to_string(getpid()));
-    run(prompt_updating_screen_corvus);
+    reply_of(prompt_updating_screen_corvus);
     // The C library itself blocks all signals while it sets a thread up.
     for (int i = 0; i < 500 && get_file("/sys/class/leds/Light_Power/brightness").empty(); ++i) {
         usleep(10'000);
@@ -204,30 +179,22 @@ TEST(prompt_led_corvus, blink_thread_takes_no_signals) {
     EXPECT_EQ(found, 1);
     EXPECT_EQ(blocked_signals(std::to_string(getpid())), own);
     fs::remove(host_file);
-    run(prompt_success_screen_corvus);
+    reply_of(prompt_success_screen_corvus);
 }
 
 TEST(prompt_led_corvus, stateless_key_codes) {
-    const struct {
-        std::string bytes;
-        int code;
-    } cases[] = {{event_of(2, 1), 2},
-                 {event_of(2, 0), 12},
-                 {event_of(3, 2), 3},
-                 {event_of(352, -1), 352},
-                 {event_of(65535, 0), 65545},
-                 {event_of(0, 1), 0},
-                 {event_of(5, 1).substr(0, 9), 0},
-                 {"", -1}};
+    const std::pair<std::string, int> cases[] = {{event_of(2, 1), 2},
+                                                 {event_of(2, 0), 12},
+                                                 {event_of(352, -1), 352},
+                                                 {event_of(65535, 0), 65545},
+                                                 {event_of(0, 1), 0},
+                                                 {event_of(5, 1).substr(0, 9), 0},
+                                                 {"", -1}};
     for (const auto &[bytes, code] : cases) {
-        int ends[2];
-        ASSERT_EQ(pipe(ends), 0);
-        ASSERT_EQ(write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-        close(ends[1]);
-        output_listener output;
-        EXPECT_EQ(get_key_code(ends[0]), code);
-        EXPECT_EQ(output.text, "");
-        close(ends[0]);
+        put_file("/tmp/events", bytes);
+        const int device = open("/tmp/events", O_RDONLY);
+        EXPECT_EQ(reply_of([&] { return get_key_code(device); }), (reply{code, "", ""}));
+        close(device);
     }
     EXPECT_EQ(get_key_code(-1), -1);
 }

@@ -19,3 +19,18 @@ std::string complained(operation run) {
     run();
     return testing::internal::GetCapturedStderr();
 }
+
+// What an operation returns and prints.
+struct reply {
+    int value;
+    std::string out;
+    std::string err;
+    bool operator==(const reply &) const = default;
+};
+
+template <typename operation>
+reply reply_of(operation run) {
+    reply given = {};
+    given.err = complained([&] { given.out = printed([&] { given.value = run(); }); });
+    return given;
+}
