@@ -14,7 +14,7 @@ namespace renewer {
 // "b" or "t" as the ninth character before ".bin".
 bool is_package_name(const char *name);
 
-// Gives digit `index` (0 to 31) of the part number of an old-layout header.
+// Returns digit `index` (0 to 31) of the part number of an old-layout header.
 int pn_digit(const pack_head &head, unsigned index);
 
 // What a package updates, digit 6 of its part number. Other values are of no known type.

@@ -48,7 +48,7 @@ const char *radio_form(pn_pair pair, const host_info &host) {
     return nullptr;
 }
 
-// The comparison decides, whatever reading the header gave: what could not be read is zero.
+// The comparison decides, also when the header could not be read: what is missing is zero.
 kind_judgement judge_new_host(const host_info &host) {
     pack_head_new head = {};
     get_pack_head_new(pack_header_path, &head);

@@ -39,7 +39,7 @@ enum dcs_command : uint8_t {
     set_display_brightness = 0x51,
 };
 
-// The turned picture that is sent; its buffer is kept for the life of the process.
+// The rotated picture that is sent; its buffer is kept for the life of the process.
 sa1230_layer out{};
 
 int32_t send_data(int32_t fd, const uint8_t *bytes, uint32_t length) {

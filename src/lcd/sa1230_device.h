@@ -5,7 +5,7 @@
 #include <cstdint>
 
 // The colour LCD of the screen model: an SA1230 controller behind an SPI device node, 126 columns
-// by 294 rows of 16 bits. Pictures are drawn on a surface of 294 x 126 pixels and turned when they
+// by 294 rows of 16 bits. Pictures are drawn on a surface of 294 x 126 pixels and rotated when they
 // are sent. Messages go to standard output. Nothing is locked: one thread draws at a time.
 namespace renewer {
 
@@ -20,7 +20,7 @@ int32_t sa1230_open(const char *path);
 // Shows a picture file of "/reserve/update/": frame 0 to 128 of the animation ("updating_<n>.bmp"),
 // 131 "confirm.bmp", 132 "success.bmp", 133 "failure.bmp", 134 "notallow.bmp".
 //
-// Returns 0 when it was sent, whatever the transfers gave; -1 when there is no such picture
+// Returns 0 when it was sent, also when a transfer failed; -1 when there is no such picture
 // ("bmp name error!"), it cannot be loaded (see `read_bmp_rgb565`) or shown (see
 // `sa1230_show_layer`).
 int32_t sa1230_update(int32_t fd, int32_t index);
@@ -65,7 +65,7 @@ int32_t sa1230_write_ram_prepare(int32_t fd);
 // Sends a layer of at most 294 x 126 pixels to the panel, from the panel's first column and row on
 // wherever the layer is placed.
 //
-// Returns 0, whatever the transfers gave; -1 with nothing sent for a layer without pixels
+// Returns 0, also when a transfer failed; -1 with nothing sent for a layer without pixels
 // ("input err") or too large ("out of range"), without memory, or for a negative descriptor.
 int32_t sa1230_show_layer(int32_t fd, sa1230_layer layer);
 

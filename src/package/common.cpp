@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint32_t reflected_polynomial = 0xEDB88320;
 
-// Numbers beyond 64 bits count as the largest or smallest that they hold, as strtoll gives them.
+// Numbers beyond 64 bits count as the largest or smallest that they hold, as strtoll returns them.
 int number_difference(const char *a, const char *b) {
     const long long first = strtoll(a, nullptr, 10);
     const long long second = strtoll(b, nullptr, 10);

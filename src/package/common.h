@@ -11,7 +11,7 @@ extern std::array<uint32_t, 256> crc_table;
 
 void init_crc_table();
 
-// Gives the CRC-32 (IEEE 802.3: reflected, initial value and final XOR all ones) of `len` bytes.
+// Returns the CRC-32 (IEEE 802.3: reflected, initial value and final XOR all ones) of `len` bytes.
 // Fills `crc_table` anew; not for concurrent callers.
 uint32_t crc32(const unsigned char *data, unsigned len);
 

@@ -95,10 +95,10 @@ static_assert(offsetof(pack_node, size) == 8);
 // Names of the node types. They also name the extracted files.
 extern const std::array<const char *, 66> node_type_strs;
 
-// Gives the name of a node type; the empty text for a type outside the table, never null.
+// Returns the name of a node type; the empty text for a type outside the table, never null.
 const char *node_type_to_str(int type);
 
-// Gives the bit of `type` in the `flag` of a new-layout header; 0 for a type that carries no file
+// Returns the bit of `type` in the `flag` of a new-layout header; 0 for a type that carries no file
 // (0, 29 and those outside the table).
 uint64_t node_type_flag(int type);
 
@@ -161,7 +161,7 @@ int validate_package_new(const char *path);
 // after its type, with the suffix ".sh" for type 1, which gets mode 0777, and ".bin" for the
 // others. The files land in `out_dir`, which is made by "mkdir -p", or in the current directory
 // when it is null. Prints "outpath : %s\n" and the node's line of `show_nodes` for each. Neither
-// magic nor digest is checked; a node that runs past the end of the package gives a shorter file.
+// magic nor digest is checked; of a node that runs past the end of the package the file is shorter.
 // A node whose file is the package itself is left out; this, and a file that could not be written,
 // is reported at debug level 1.
 //
@@ -229,8 +229,8 @@ int gen_package(
 int register_file(pack_head_new *head, pack_node *nodes, const char *path, const char **paths,
                   uint64_t flag_bits, int type, int *count);
 
-// Gives the size of a file in bytes; 0 for a null path. A path that cannot be examined, a directory
-// and a file of 4 GiB or more give 0 and "Error path invalid : %s\n".
+// Returns the size of a file in bytes; 0 for a null path. A path that cannot be examined, a
+// directory and a file of 4 GiB or more return 0 and print "Error path invalid : %s\n".
 uint32_t get_file_size(const char *path);
 
 // Appends the content of the file at `path` to `stream`, which must be another file.

@@ -18,7 +18,7 @@ owned_file stream_of(owned_descriptor descriptor, const char *mode);
 // Opens a file for reading as a buffered stream, as `open_without_waiting` does.
 owned_file open_for_reading(const char *path);
 
-// Whether the file at `path` is the one that `about` tells of (stat(2)), by whatever name.
+// Whether the file at `path` is the one that `about` describes (stat(2)), by whatever name.
 bool is_file(const char *path, const struct stat &about);
 
 // Whether it is the one that a stream reads or writes.

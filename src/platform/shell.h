@@ -25,7 +25,7 @@ int system_with_patience(const char *command);
 // find or execute, nor of a shell that could not be started.
 bool shell_came_to_run(int status);
 
-// Gives `text` in the form in which the shell takes it as one word: as it stands when it holds
+// Returns `text` in the form in which the shell takes it as one word: as it stands when it holds
 // nothing that the shell treats specially, in single quotes otherwise. Empty when there is no
 // memory for it.
 owned_memory<char> shell_word(const char *text);

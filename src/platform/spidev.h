@@ -10,10 +10,10 @@ enum class spidev_level { command, data };
 
 // Sets the mode, the bits per word and the maximum clock in Hz of the link and reads each back into
 // its place, so that they then hold what the kernel driver works with. A setting that the driver
-// refuses, or cannot tell, is left as it was.
+// refuses, or does not know, is left as it was.
 void spidev_configure(int fd, uint8_t &mode, uint8_t &bits_per_word, uint32_t &speed_hz);
 
-// Tells whether there is something to send and something to send it through; says what is missing
+// Returns whether there is something to send and something to send it through; says what is missing
 // on standard output in the words that the displays share: "spi_write_cmd: file descriptor error!"
 // or "spi_write_cdd: NULL pointer to command!" for commands, "spi_write_data: file descriptor
 // error!" or "spi_write_data: NULL pointer to command!" for data.

@@ -134,7 +134,7 @@ supplies find_type_c_supply() {
     return {false, type_c_supply, type_c.status};
 }
 
-// Hundredths of a volt, toward zero, within what the table can tell apart.
+// Hundredths of a volt, toward zero, as fine as the table is.
 int hundredths(float cell_volts) {
     const float scaled = cell_volts * 100.0f;
     if (!(scaled >= 0.0f)) {

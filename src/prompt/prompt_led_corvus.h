@@ -45,7 +45,7 @@ int prompt_notallow_screen_corvus();
 void *led_thread_fun_corvus_bd(void *);
 void *led_thread_fun_corvus(void *);
 
-// Reads one input event and gives its key code without keeping anything.
+// Reads one input event and returns its key code without keeping anything.
 //
 // Returns the event's code, 10 more for a release; 0 for an event without a code; -1 when nothing
 // could be read.

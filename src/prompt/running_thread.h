@@ -4,7 +4,7 @@
 #include <pthread.h>
 
 // The thread of the running indication, which a set of prompts keeps from `updating` to the result:
-// `run` is not 0 while there is a thread to be joined, and tells it to go on. One of each set.
+// `run` is not 0 while there is a thread to be joined, and it is to go on. One of each set.
 namespace renewer {
 
 // Ends a thread that still runs, sets `run` and starts `body` with default attributes.

@@ -16,13 +16,12 @@ namespace {
 
 constexpr const char pack_version_path[] = "/tmp/pack_version";
 constexpr const char data_version_path[] = "/tmp/data_version";
-constexpr int install_tries = 2;
 
 // The first line of a version file: "renewer_version:v1.1.4".
 constexpr const char version_prefix[] = "renewer_version:v";
 constexpr size_t version_size = 32;
 
-// The prefix is passed over by its length alone; a line that is not longer gives an empty text.
+// The prefix is passed over by its length alone; a line that is not longer is an empty text.
 // The line end stays with the version when the line fits.
 int read_version(const char *path, char (&version)[version_size]) {
     const owned_file file = open_for_reading(path);

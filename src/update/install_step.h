@@ -2,6 +2,12 @@
 
 namespace renewer {
 
+// How long each run of the install script may take, in seconds, and how often it is started at the
+// most; `end_grace_seconds` of timed_command.h is what it then has to end.
+constexpr int host_time_limit = 60;
+constexpr int no_time_limit = -1;
+constexpr int install_tries = 2;
+
 // Puts the unpacked update in "/firmware/update" into place: copies it into "/firmware", runs
 // "/firmware/install.sh" (its output goes to "/data/app/log/update.log") within `timeout` seconds,
 // twice at the most, and copies the update's updater over the installed one unless the version

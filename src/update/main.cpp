@@ -59,9 +59,9 @@ void outlive_application() {
 }
 
 // Sets right what the run depends on and a starter may have left otherwise (execve(2) keeps blocked
-// and ignored signals): the alarm arrives, ended commands tell their status, and no file that the
+// and ignored signals): the alarm arrives, ended commands report their status, and no file that the
 // run opens takes the place of its standard streams.
-void take_usual_surroundings() {
+void reset_inherited_state() {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -78,7 +78,7 @@ void take_usual_surroundings() {
 } // namespace
 
 int main(int argc, char **argv) {
-    take_usual_surroundings();
+    reset_inherited_state();
     // Lines leave at once, so that they keep their order beside those of the commands run.
     setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     if (argc == 2 && strcmp(argv[1], "--version") == 0) {

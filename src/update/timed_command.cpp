@@ -25,7 +25,7 @@ char s_exec_name[64];
 volatile sig_atomic_t s_attempt = 0; // process group of the attempt; 0 when none is waited for
 volatile sig_atomic_t s_told_to_end = 0;
 
-// A script that asks must not wait for an answer that nobody gives, and a process of a background
+// A script that asks must not wait for an answer that nobody types, and a process of a background
 // group that reads from a terminal would be stopped.
 void take_empty_input() {
     const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
@@ -36,7 +36,7 @@ void take_empty_input() {
 // (they never call system(3), and fork(2) sets right what is the C library's own), and it leaves
 // through _exit, so that nothing of the parent's buffered output is written twice. The script finds
 // the usual signals, not those that the run or its starter ignores.
-[[noreturn]] void be_attempt(const char *command) {
+[[noreturn]] void run_attempt_child(const char *command) {
     setpgid(0, 0);
     take_empty_input();
     for (const int number : {SIGALRM, SIGHUP, SIGPIPE, SIGTERM}) {
@@ -50,7 +50,7 @@ pid_t start_attempt(const char *command) {
     fflush(stdout);
     const pid_t child = fork();
     if (child == 0) {
-        be_attempt(command);
+        run_attempt_child(command);
     }
     if (child > 0) {
         setpgid(child, child); // here too, since the child may not have come to it
@@ -74,7 +74,7 @@ void end_time_limit() {
     alarm(0);
 }
 
-// Waits for the attempt under its time limit and gives its wait status. The attempt is not
+// Waits for the attempt under its time limit and returns its wait status. The attempt is not
 // collected: until it is, the number of its process group is nobody else's.
 int await_attempt(pid_t attempt, unsigned timeout) {
     start_time_limit(attempt, timeout);

@@ -29,8 +29,6 @@ struct marker {
 };
 constexpr marker over_marker = {"/tmp/update_over", "touch /tmp/update_over"};
 constexpr marker flag_marker = {"/tmp/update_flag", "touch /tmp/update_flag"};
-constexpr int host_time_limit = 60; // seconds for the install script of a host package
-constexpr int no_time_limit = -1;
 constexpr int lowest_bat_percent = 30; // without external power
 constexpr useconds_t marker_poll_us = 100'000;
 
