@@ -6,6 +6,7 @@
 // The front panel's six LEDs and the patterns that are made of them.
 namespace renewer {
 
+// One definition of each for the whole program: a name is known by its address.
 inline constexpr const char light_static_data[] = "Light_Static_Data";
 inline constexpr const char light_gps[] = "Light_Gps";
 inline constexpr const char light_data_se[] = "Light_Data_Se";

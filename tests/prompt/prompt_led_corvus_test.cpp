@@ -1,5 +1,6 @@
 #include "prompt/prompt_led_corvus.h"
 
+#include "prompt/led_pattern.h"
 #include "tests/support/files.h"
 #include "tests/support/key_events.h"
 #include "tests/support/printed.h"
@@ -144,6 +145,24 @@ TEST(prompt_led_corvus, thread_that_cannot_be_started_is_not_joined) {
     joins = 0;
     EXPECT_EQ(reply_of(prompt_success_screen_corvus).value, 0);
     EXPECT_EQ(joins, 0);
+}
+
+// Also where the names in the patterns come from another file of the program than the prompts'.
+TEST(prompt_led_corvus, light_that_runs_along_the_panel) {
+    make_leds();
+    make_host("1013563400120000");
+    show_leds(five_off);
+    reply_of(prompt_updating_screen_corvus); // lets the bodies of the thread run
+    std::thread running([] { led_thread_fun_corvus(nullptr); });
+    bool lit = false;
+    for (int i = 0; i < 500 && !lit; ++i) {
+        usleep(10'000);
+        lit = get_file("/sys/class/leds/Light_Gps/brightness") == "255";
+    }
+    EXPECT_TRUE(lit);
+    fs::remove(host_file);
+    reply_of(prompt_success_screen_corvus);
+    running.join();
 }
 
 // The signals that a thread of this process blocks, by proc(5).
