@@ -25,7 +25,7 @@ canvas *ssd1327zb_create_canvas() {
 }
 
 int ssd1327zb_clean_canvas(canvas *frame) {
-    if (frame == nullptr || frame->buf == nullptr) {
+    if (!ssd1327zb_has_pixels(frame)) {
         return -1;
     }
     memset(frame->buf, 0, frame->size);
@@ -39,9 +39,8 @@ int ssd1327zb_check_box(const box *area) {
     return inside ? 0 : -1;
 }
 
-bool ssd1327zb_is_whole(const canvas *frame) {
-    return frame != nullptr && frame->buf != nullptr && frame->width == ssd1327zb_width &&
-           frame->height == ssd1327zb_height && frame->size >= ssd1327zb_frame_size;
+bool ssd1327zb_has_pixels(const canvas *frame) {
+    return frame != nullptr && frame->buf != nullptr;
 }
 
 void ssd1327zb_destroy_canvas(canvas **frame) {

@@ -48,9 +48,8 @@ int ssd1327zb_clean_canvas(canvas *frame);
 // Returns 0 when it does, -1 when it does not or there is none.
 int ssd1327zb_check_box(const box *area);
 
-// Whether there is a canvas of the panel's size with all its pixels, so that any pixel of a box
-// that passes `ssd1327zb_check_box` can be drawn.
-bool ssd1327zb_is_whole(const canvas *frame);
+// Whether there is a canvas with pixels. How many there are is not looked at.
+bool ssd1327zb_has_pixels(const canvas *frame);
 
 // Frees the canvas at `*frame`, pixels and all, and makes the pointer null; nothing when either is
 // null already.

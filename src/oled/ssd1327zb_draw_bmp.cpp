@@ -105,7 +105,7 @@ bmpbuf *ssd1327zb_bmp_to_bmpbuf(const char *path) {
 
 int ssd1327zb_draw_bmpbuf_on_canvas(const bmpbuf *picture, canvas *frame, const box *area,
                                     uint32_t flags) {
-    if (picture == nullptr || picture->buf == nullptr || !ssd1327zb_is_whole(frame) ||
+    if (picture == nullptr || picture->buf == nullptr || !ssd1327zb_has_pixels(frame) ||
         ssd1327zb_check_box(area) != 0 || area->width > picture->width ||
         area->height > picture->height) {
         return -1;

@@ -16,15 +16,16 @@ struct bmpbuf {
 //
 // Prints "open <path> failed", or the path as a line when the file could be opened, and nothing
 // else. Returns null for a file that cannot be opened, is no such file, is empty or larger than
-// 65535 pixels either way, ends before its pixels do, and without memory. The caller gives the
-// result back with `ssd1327zb_destory_bmpbuf`.
+// 65535 pixels either way, ends before its pixels do, and
+// without memory. The caller gives the result back with `ssd1327zb_destory_bmpbuf`.
 bmpbuf *ssd1327zb_bmp_to_bmpbuf(const char *path);
 
 // Draws the picture into a box of its own size, every pixel of it; the flag 1 inverts it (a level v
 // is drawn as 15 - v), other flags do nothing. The box's width is taken for the picture's.
 //
-// Returns 0; -1 with nothing drawn without a picture, a box or a canvas of 128 x 128 pixels, for a
-// box that does not lie on the canvas, and for one that is wider or higher than the picture.
+// Returns 0; -1 with nothing drawn without a picture, a box or the pixels of a canvas, which are
+// taken for 128 x 128 whatever its size says; for a box that does not lie on them, and for one that
+// is wider or higher than the picture.
 int ssd1327zb_draw_bmpbuf_on_canvas(const bmpbuf *picture, canvas *frame, const box *area,
                                     uint32_t flags);
 

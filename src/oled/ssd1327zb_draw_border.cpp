@@ -28,7 +28,7 @@ void fill_rows(uint8_t *buf, int x, int y, int width, int height, uint8_t level)
 
 int ssd1327zb_draw_border_on_canvas(canvas *frame, const box *area, uint8_t thickness,
                                     uint8_t percentage) {
-    if (!ssd1327zb_is_whole(frame) || area == nullptr) {
+    if (area == nullptr) {
         return -1;
     }
     const int x = area->x, y = area->y, width = area->width, height = area->height;
@@ -39,6 +39,9 @@ int ssd1327zb_draw_border_on_canvas(canvas *frame, const box *area, uint8_t thic
     const int band = std::max<int>(thickness, 1);
     if (band > width / 2 || band > height / 2) {
         printf("thickness %d on box(%d,%d,%d,%d) is not invalid\n", band, x, y, width, height);
+        return -1;
+    }
+    if (!ssd1327zb_has_pixels(frame)) {
         return -1;
     }
     const auto level = static_cast<uint8_t>(std::min<int>(percentage, 100) * 15 / 100);

@@ -147,11 +147,15 @@ strbuf *ssd1327zb_str_to_strbuf(const char *text, strbuf *strip) {
 
 int ssd1327zb_draw_strbuf_on_canvas(const strbuf *strip, int32_t start, canvas *frame,
                                     const box *area, uint32_t flags) {
-    if (strip == nullptr || !can_be_drawn(*strip) || start < 0 || !ssd1327zb_is_whole(frame) ||
+    if (strip == nullptr || !can_be_drawn(*strip) || start < 0 || !ssd1327zb_has_pixels(frame) ||
         ssd1327zb_check_box(area) != 0 || area->height != glyph_height) {
         return -1;
     }
     const int32_t columns = std::min<int32_t>(strip->width - start, area->width);
+    const int64_t end = int64_t{area->y + glyph_height - 1} * frame->width + area->x + columns;
+    if (columns > 0 && end > int64_t{frame->size} * 2) {
+        return -1;
+    }
     for (int32_t row = 0; row < glyph_height && columns > 0; ++row) {
         ssd1327zb_draw_levels(frame->buf, (area->y + row) * frame->width + area->x,
                               strip->buf + row * strip->width + start, columns, flags);

@@ -38,9 +38,12 @@ strbuf *ssd1327zb_str_to_strbuf(const char *text, strbuf *strip);
 // strip has left or the box has room for. The flag 1 inverts (a level v is drawn as 15 - v), the
 // flag 2 leaves the canvas as it is where the strip's level is 0; both may be given.
 //
+// The canvas may be narrower or shorter than the panel: its own width is that of its rows.
+//
 // Returns 0, also when nothing was left to draw. Returns -1 with nothing drawn without a strip,
 // pixels, canvas or box; for a strip or box of another height than 16; for a strip of fewer bytes
-// than it has pixels; for a negative start; and for a box that does not lie on the canvas.
+// than it has pixels; for a negative start; for a box that does not lie on the panel; and when
+// there would be pixels beyond the canvas's `size`.
 int ssd1327zb_draw_strbuf_on_canvas(const strbuf *strip, int32_t start, canvas *frame,
                                     const box *area, uint32_t flags);
 

@@ -124,20 +124,23 @@ TEST(ssd1327zb_draw_bmp, draws_into_any_box_and_nothing_else) {
     EXPECT_GT(std::min(done, refused), 200);
 }
 
-TEST(ssd1327zb_draw_bmp, needs_a_picture_and_a_whole_canvas) {
+TEST(ssd1327zb_draw_bmp, needs_a_picture_a_box_and_pixels) {
     const loaded picture(bmp{}.bytes());
     any_canvas drawn;
     const grey_levels before = drawn.levels();
     const box area = {0, 0, 4, 2};
     const bmpbuf without_pixels = {8, 8, nullptr};
-    canvas small = {128, 128, 4, drawn.frame->buf, 8191};
+    canvas no_pixels = {128, 128, 4, nullptr, 8192};
+    canvas pixels_alone = {0, 0, 0, drawn.frame->buf, 0};
     const auto draw = ssd1327zb_draw_bmpbuf_on_canvas;
     EXPECT_EQ(draw(picture.content, drawn.frame, nullptr, 0), -1);
-    EXPECT_EQ(draw(picture.content, &small, &area, 0), -1);
+    EXPECT_EQ(draw(picture.content, &no_pixels, &area, 0), -1);
     EXPECT_EQ(draw(picture.content, nullptr, &area, 0), -1);
     EXPECT_EQ(draw(&without_pixels, drawn.frame, &area, 0), -1);
     EXPECT_EQ(draw(nullptr, drawn.frame, &area, 0), -1);
     EXPECT_TRUE(drawn.levels() == before);
+    EXPECT_EQ(draw(picture.content, &pixels_alone, &area, 0), 0);
+    EXPECT_FALSE(drawn.levels() == before);
 }
 
 } // namespace

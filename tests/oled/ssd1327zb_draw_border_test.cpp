@@ -74,18 +74,22 @@ TEST(ssd1327zb_draw_border, says_what_it_cannot_draw) {
             printed([&] { ssd1327zb_draw_border_on_canvas(drawn.frame, &area, thickness, 100); }),
             message);
     }
-    const box area = {0, 0, 8, 8};
-    uint8_t few[100] = {};
-    canvas small = {128, 128, 4, few, sizeof(few)};
-    canvas without_pixels = {128, 128, 4, nullptr, 8192};
+    const box area = {0, 0, 8, 8}, outside = {120, 0, 9, 9};
+    canvas no_pixels = {128, 128, 4, nullptr, 8192};
+    canvas pixels_alone = {0, 0, 0, drawn.frame->buf, 0};
+    const grey_levels before = drawn.levels();
     EXPECT_EQ(printed([&] {
-                  for (canvas *frame : {&small, &without_pixels, static_cast<canvas *>(nullptr)}) {
+                  for (canvas *frame : {&no_pixels, static_cast<canvas *>(nullptr)}) {
                       EXPECT_EQ(ssd1327zb_draw_border_on_canvas(frame, &area, 1, 100), -1);
+                      EXPECT_EQ(ssd1327zb_draw_border_on_canvas(frame, &outside, 1, 100), -1);
                   }
                   EXPECT_EQ(ssd1327zb_draw_border_on_canvas(drawn.frame, nullptr, 1, 100), -1);
+                  EXPECT_EQ(ssd1327zb_draw_border_on_canvas(nullptr, &area, 5, 100), -1);
               }),
-              "");
-    EXPECT_EQ(few[0], 0);
+              "(120,0,9,9) is a invalid box \n(120,0,9,9) is a invalid box \n"
+              "thickness 5 on box(0,0,8,8) is not invalid\n");
+    EXPECT_EQ(ssd1327zb_draw_border_on_canvas(&pixels_alone, &area, 1, 100), 0);
+    EXPECT_TRUE(drawn.levels() == with_border(before, area, 1, 15));
 }
 
 } // namespace

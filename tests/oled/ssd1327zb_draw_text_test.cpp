@@ -176,6 +176,7 @@ struct request {
     int start;
     box area;
     uint32_t flags;
+    uint16_t row_length; // of the canvas
 };
 
 // What drawing pixel by pixel gives.
@@ -184,7 +185,8 @@ grey_levels with_strip(grey_levels levels, const strbuf &strip, const request &w
         for (int x = 0; x < wanted.area.width && wanted.start + x < strip.width; ++x) {
             const int level = strip.buf[y * strip.width + wanted.start + x] % 16;
             if (level != 0 || (wanted.flags & 2) == 0) {
-                levels[static_cast<size_t>((wanted.area.y + y) * 128 + wanted.area.x + x)] =
+                levels[static_cast<size_t>((wanted.area.y + y) * wanted.row_length + wanted.area.x +
+                                           x)] =
                     static_cast<uint8_t>((wanted.flags & 1) != 0 ? 15 - level : level);
             }
         }
@@ -202,10 +204,17 @@ TEST(ssd1327zb_draw_text, draws_any_part_of_a_strip_into_any_box_and_nothing_els
             level = static_cast<uint8_t>(thrown(0, 1) == 0 ? 0 : thrown(0, 255));
         }
         strip.strip.width = static_cast<uint16_t>(width);
-        request wanted = {thrown(-2, width + 2), thrown_box(), static_cast<uint32_t>(thrown(0, 3))};
+        const auto row_length = static_cast<uint16_t>(thrown(0, 1) == 0 ? 128 : thrown(0, 140));
+        request wanted = {thrown(-2, width + 2), thrown_box(), static_cast<uint32_t>(thrown(0, 3)),
+                          row_length};
         wanted.area.height = thrown(0, 9) == 0 ? wanted.area.height : 16;
-        const bool valid =
-            wanted.start >= 0 && lies_on_panel(wanted.area) && wanted.area.height == 16;
+        drawn.frame->width = row_length;
+        drawn.frame->size = static_cast<uint32_t>(thrown(0, 3) == 0 ? thrown(0, 8192) : 8192);
+        const int columns = std::min<int>(width - wanted.start, wanted.area.width);
+        const int end = (wanted.area.y + 15) * row_length + wanted.area.x + columns;
+        const bool valid = wanted.start >= 0 && lies_on_panel(wanted.area) &&
+                           wanted.area.height == 16 &&
+                           (columns <= 0 || end <= 2 * static_cast<int>(drawn.frame->size));
         const grey_levels before = drawn.levels();
         ++(valid ? done : refused);
         ASSERT_EQ(ssd1327zb_draw_strbuf_on_canvas(&strip.strip, wanted.start, drawn.frame,
