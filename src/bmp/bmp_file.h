@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -46,11 +47,29 @@ inline bool bmp_read(int file, uint8_t *to, size_t size, int64_t offset) {
     return pread(file, to, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
 }
 
-// Whether a file is long enough for its rows of `row_bytes` (not 0) from `offset` on.
-inline bool bmp_holds_rows(int file, int64_t offset, int64_t row_bytes, int height) {
+// Bytes of padding behind each stored row. A file may lack those behind the last one.
+inline int64_t bmp_padding(int width, int bytes_per_pixel) {
+    return bmp_stored_row_size(width, bytes_per_pixel) - bmp_row_size(width, bytes_per_pixel);
+}
+
+// Whether a file is long enough for its rows (of at least one pixel) from `offset` on.
+inline bool bmp_holds_rows(int file, int64_t offset, int width, int height, int bytes_per_pixel) {
     struct stat about;
     return fstat(file, &about) == 0 && about.st_size >= offset &&
-           (about.st_size - offset) / row_bytes >= height;
+           (about.st_size - offset + bmp_padding(width, bytes_per_pixel)) /
+                   bmp_stored_row_size(width, bytes_per_pixel) >=
+               height;
+}
+
+// Reads the rows as they are stored, padding and all; padding that the file lacks is zero. False
+// when it lacks more.
+inline bool bmp_read_rows(int file, uint8_t *to, int64_t offset, int width, int height,
+                          int bytes_per_pixel) {
+    const auto size = static_cast<size_t>(bmp_stored_row_size(width, bytes_per_pixel) * height);
+    const auto padding = static_cast<size_t>(bmp_padding(width, bytes_per_pixel));
+    memset(to + size - padding, 0, padding);
+    return pread(file, to, size, static_cast<off_t>(offset)) >=
+           static_cast<ssize_t>(size - padding);
 }
 
 } // namespace renewer

@@ -21,30 +21,61 @@ owned_memory<uint8_t> refuse(const char *message) {
     return {};
 }
 
-owned_memory<uint8_t> allocate_rows(int64_t row_bytes, int height) {
-    if (row_bytes <= 0 || height <= 0 || row_bytes > INT_MAX / height) {
-        return refuse("malloc err");
-    }
-    owned_memory<uint8_t> rows(
-        static_cast<uint8_t *>(malloc(static_cast<size_t>(row_bytes * height))));
-    return rows != nullptr ? std::move(rows) : refuse("malloc err");
+constexpr const char no_memory[] = "malloc err";
+constexpr const char bad_head[] = "bmp head err";
+
+owned_memory<uint8_t> take_memory(int64_t row_bytes, int height) {
+    const bool possible = row_bytes > 0 && height > 0 && row_bytes <= INT_MAX / height;
+    return owned_memory<uint8_t>(
+        possible ? static_cast<uint8_t *>(malloc(static_cast<size_t>(row_bytes * height)))
+                 : nullptr);
 }
 
-owned_memory<uint8_t> read_rows(int file, int64_t offset, int width, int height,
-                                int bytes_per_pixel) {
+owned_memory<uint8_t> allocate_rows(int64_t row_bytes, int height) {
+    owned_memory<uint8_t> rows = take_memory(row_bytes, height);
+    return rows != nullptr ? std::move(rows) : refuse(no_memory);
+}
+
+// Rows as they are stored, or what to say of the file.
+struct stored_rows {
+    owned_memory<uint8_t> rows;
+    const char *failure;
+};
+
+stored_rows read_rows(int file, int64_t offset, int width, int height, int bytes_per_pixel) {
     if (width < 0 || height < 0) {
-        return refuse("malloc err");
+        return {nullptr, no_memory};
     }
-    const int64_t row_bytes = bmp_stored_row_size(width, bytes_per_pixel);
-    if (width == 0 || height == 0 || !bmp_holds_rows(file, offset, row_bytes, height)) {
-        return refuse("bmp head err");
+    if (width == 0 || height == 0 ||
+        !bmp_holds_rows(file, offset, width, height, bytes_per_pixel)) {
+        return {nullptr, bad_head};
     }
-    owned_memory<uint8_t> rows = allocate_rows(row_bytes, height);
+    owned_memory<uint8_t> rows = take_memory(bmp_stored_row_size(width, bytes_per_pixel), height);
     if (rows == nullptr) {
-        return rows;
+        return {nullptr, no_memory};
     }
-    const auto size = static_cast<size_t>(row_bytes * height);
-    return bmp_read(file, rows.get(), size, offset) ? std::move(rows) : refuse("bmp head err");
+    if (!bmp_read_rows(file, rows.get(), offset, width, height, bytes_per_pixel)) {
+        return {nullptr, bad_head};
+    }
+    return {std::move(rows), nullptr};
+}
+
+// The file is closed when this returns.
+stored_rows read_file(owned_descriptor file, int *width, int *height, int *bytes_per_pixel) {
+    bmp_head head;
+    if (!bmp_read(file.get(), head.data(), head.size(), 0) ||
+        bmp_number<uint16_t>(head, bmp_field_signature) != bmp_signature) {
+        return {nullptr, bad_head};
+    }
+    const int bits_per_pixel = bmp_number<uint16_t>(head, bmp_field_bits_per_pixel);
+    if (bits_per_pixel < bmp_lowest_bits_per_pixel) {
+        return {nullptr, "bmp bit count err"};
+    }
+    *width = bmp_number<int32_t>(head, bmp_field_width);
+    *height = bmp_number<int32_t>(head, bmp_field_height);
+    *bytes_per_pixel = bits_per_pixel / 8;
+    return read_rows(file.get(), bmp_number<uint32_t>(head, bmp_field_data_offset), *width, *height,
+                     *bytes_per_pixel);
 }
 
 void convert_pixels(const uint8_t *in, uint8_t *out, int64_t count) {
@@ -85,25 +116,13 @@ owned_memory<uint8_t> copy_rows(const uint8_t *in, int64_t row_bytes, int height
 } // namespace
 
 owned_memory<uint8_t> read_bmp(const char *path, int *width, int *height, int *bytes_per_pixel) {
-    const owned_descriptor file(open(path, O_RDONLY | O_CLOEXEC));
+    owned_descriptor file(open(path, O_RDONLY | O_CLOEXEC));
     if (!file) {
         printf("open %s failed\n", path);
         return {};
     }
-    bmp_head head;
-    if (!bmp_read(file.get(), head.data(), head.size(), 0) ||
-        bmp_number<uint16_t>(head, bmp_field_signature) != bmp_signature) {
-        return refuse("bmp head err");
-    }
-    const int bits_per_pixel = bmp_number<uint16_t>(head, bmp_field_bits_per_pixel);
-    if (bits_per_pixel < bmp_lowest_bits_per_pixel) {
-        return refuse("bmp bit count err");
-    }
-    *width = bmp_number<int32_t>(head, bmp_field_width);
-    *height = bmp_number<int32_t>(head, bmp_field_height);
-    *bytes_per_pixel = bits_per_pixel / 8;
-    return read_rows(file.get(), bmp_number<uint32_t>(head, bmp_field_data_offset), *width, *height,
-                     *bytes_per_pixel);
+    stored_rows stored = read_file(std::move(file), width, height, bytes_per_pixel);
+    return stored.rows != nullptr ? std::move(stored.rows) : refuse(stored.failure);
 }
 
 owned_memory<uint8_t> bmp_to_buff(const uint8_t *in, int width, int height, int bytes_per_pixel) {

@@ -13,8 +13,9 @@
 namespace renewer {
 
 // Reads the rows of the file at `path` as they are stored: bottom row first, each padded to a
-// multiple of 4 bytes. `width`, `height` and `bytes_per_pixel` are set as soon as the file has
-// shown to be a BMP file of at least 24 bits a pixel, and stay set when a later step fails.
+// multiple of 4 bytes; padding that the file lacks behind the last row is zero. `width`, `height`
+// and `bytes_per_pixel` are set as soon as the file has shown to be a BMP file of at least 24 bits
+// a pixel, and stay set when a later step fails.
 //
 // Prints "open <path> failed", "bmp head err" (no BMP file, one without pixels, or one that ends
 // before its headers or its pixels do), "bmp bit count err" (less than 24 bits a pixel) or

@@ -40,15 +40,13 @@ owned_memory<uint8_t> ReadBmp(const char *path, int32_t *width, int32_t *height,
     *width = bmp_number<int32_t>(head, bmp_field_width);
     *height = bmp_number<int32_t>(head, bmp_field_height);
     *bytes_per_pixel = bits_per_pixel / 8;
-    const int64_t row_size = bmp_stored_row_size(*width, *bytes_per_pixel);
     if (*width <= 0 || *height <= 0 || *width > UINT16_MAX || *height > UINT16_MAX ||
-        !bmp_holds_rows(file.get(), head.size(), row_size, *height)) {
+        !bmp_holds_rows(file.get(), head.size(), *width, *height, *bytes_per_pixel)) {
         return {};
     }
-    owned_memory<uint8_t> rows = allocate(row_size * *height);
-    const bool read =
-        rows != nullptr &&
-        bmp_read(file.get(), rows.get(), static_cast<size_t>(row_size * *height), head.size());
+    owned_memory<uint8_t> rows = allocate(bmp_stored_row_size(*width, *bytes_per_pixel) * *height);
+    const bool read = rows != nullptr && bmp_read_rows(file.get(), rows.get(), head.size(), *width,
+                                                       *height, *bytes_per_pixel);
     return read ? std::move(rows) : owned_memory<uint8_t>();
 }
 

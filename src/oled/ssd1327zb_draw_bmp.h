@@ -16,7 +16,7 @@ struct bmpbuf {
 //
 // Prints "open <path> failed", or the path as a line when the file could be opened, and nothing
 // else. Returns null for a file that cannot be opened, is no such file, is empty or larger than
-// 65535 pixels either way, ends before its pixels do, and
+// 65535 pixels either way, ends before its pixels do (the padding of the last row may lack), and
 // without memory. The caller gives the result back with `ssd1327zb_destory_bmpbuf`.
 bmpbuf *ssd1327zb_bmp_to_bmpbuf(const char *path);
 

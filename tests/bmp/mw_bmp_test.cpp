@@ -46,6 +46,7 @@ TEST(mw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) {
         {bmp{}.first(53), bad_head},
         {bmp{}.first(54), bad_head},
         {bmp{}.first(54 + 23), bad_head},
+        {bmp{.width = 3}.first(54 + 20), bad_head}, // more than the last row's padding is missing
         {bmp{.signature = "MB"}.bytes(), bad_head},
         {bmp{.offset = 55}.bytes(), bad_head},
         {bmp{.offset = 79}.bytes(), bad_head},
@@ -100,6 +101,9 @@ TEST(mw_bmp, gives_the_stored_rows_and_their_sizes) {
     const auto rows = read_bmp(path, &width, &height, &bytes_per_pixel);
     EXPECT_EQ(as_text(rows, 24), bmp{}.bytes().substr(54)) << "padding included";
     EXPECT_EQ(std::tuple(width, height, bytes_per_pixel), std::tuple(3, 2, 3));
+    put_file(path, bmp{.width = 3}.first(54 + 21));
+    EXPECT_EQ(as_text(read_bmp(path, &width, &height, &bytes_per_pixel), 24),
+              bmp{}.bytes().substr(54, 21) + std::string(3, '\0'));
     for (const bmp &refused : {bmp{.width = 70000, .height = -5, .bits = 32},
                                bmp{.width = 9, .bits = 16}}) { // whose sizes are not looked at
         put_file(path, refused.bytes());

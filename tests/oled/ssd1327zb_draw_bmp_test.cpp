@@ -77,6 +77,7 @@ TEST(ssd1327zb_draw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) 
         {.width = 20000, .height = 20000},
         {.width = 65535, .height = 65535, .bits = 65528},
         {.pixel_bytes = 23},
+        {.width = 3, .pixel_bytes = 20}, // more than the last row's padding is missing
     };
     for (const bmp &file : refused) {
         EXPECT_EQ(loaded(file.bytes()).content, nullptr) << &file - refused;
@@ -86,6 +87,7 @@ TEST(ssd1327zb_draw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) 
     const loaded control(bmp{}.bytes());
     ASSERT_NE(control.content, nullptr);
     EXPECT_EQ(levels_of(*control.content), (std::vector<uint8_t>{4, 4, 4, 4, 3, 3, 3, 4}));
+    EXPECT_NE(loaded(bmp{.width = 3, .pixel_bytes = 21}.bytes()).content, nullptr);
     const loaded widest(bmp{.width = 65535, .height = 1, .pixel_bytes = 196608}.bytes());
     ASSERT_NE(widest.content, nullptr);
     EXPECT_EQ(widest.content->width, 65535);
