@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace renewer {
 
@@ -66,6 +67,13 @@ int32_t spi_write_data(int32_t fd, const uint8_t *bytes, uint32_t length) {
     return spi_write(fd, spidev_level::data, bytes, length, "spi_write_data: ioctl command error!");
 }
 
+// The panel behind the node, started up; none, with the node closed, when that fails.
+owned_descriptor started_up(owned_descriptor node) {
+    spidev_configure(node.get(), s_ucMode, s_ucBits, s_uSpeed);
+    const bool sent = spi_write_cmds(node.get(), start_up.data(), start_up.size()) >= 0;
+    return sent ? std::move(node) : owned_descriptor();
+}
+
 } // namespace
 
 int32_t ssd1327zb_open(const char *path) {
@@ -74,12 +82,12 @@ int32_t ssd1327zb_open(const char *path) {
         puts("spi_oled__open: open /dev/spidev0.0 error!");
         return -1;
     }
-    spidev_configure(node.get(), s_ucMode, s_ucBits, s_uSpeed);
-    if (spi_write_cmds(node.get(), start_up.data(), start_up.size()) < 0) {
+    owned_descriptor panel = started_up(std::move(node));
+    if (!panel) {
         puts("spi_oled__open: spi_write_cmd error!");
         return -1;
     }
-    return node.release();
+    return panel.release();
 }
 
 int32_t ssd1327zb_flush_full_screen(int32_t fd, const uint8_t *bytes, uint32_t count) {

@@ -3,6 +3,7 @@
 #include "simulator/in_process/spi_boundary.h"
 #include "tests/support/files.h"
 #include "tests/support/grey.h"
+#include "tests/support/output.h"
 #include "tests/support/printed.h"
 
 #include <fcntl.h>
@@ -82,8 +83,15 @@ TEST_F(ssd1327zb_device, leaves_nothing_open_when_the_panel_cannot_be_had) {
               repeated(2, "spi_oled__open: open /dev/spidev0.0 error!\n"));
     EXPECT_EQ(spi().transcript, "");
     spi().failing = {1};
-    EXPECT_EQ(printed([] { EXPECT_EQ(ssd1327zb_open(device), -1); }),
-              "spi_write_cmd: ioctl command error!\nspi_oled__open: spi_write_cmd error!\n");
+    std::vector<size_t> open_at_line;
+    {
+        output_listener printed(
+            [&](std::string_view) { open_at_line.push_back(open_descriptors()); });
+        EXPECT_EQ(ssd1327zb_open(device), -1);
+        EXPECT_EQ(printed.text, "spi_write_cmd: ioctl command error!\n"
+                                "spi_oled__open: spi_write_cmd error!\n");
+    }
+    EXPECT_EQ(open_at_line, (std::vector{descriptors + 1, descriptors}));
     EXPECT_EQ(open_descriptors(), descriptors);
     EXPECT_FALSE(spi().oled.shows());
 }
