@@ -94,6 +94,10 @@ TEST(ssd1327zb_fonts, hold_196_ideographs_and_68_entries_that_no_text_finds) {
     }
     EXPECT_EQ(accepted.size(), 198u);
     EXPECT_EQ((std::set<std::string>(accepted.begin(), accepted.end()).size()), 196u);
+    const std::string usual = "电量不足英文盘退出下载外接电源支持";
+    for (size_t i = 0; i < usual.size(); i += 3) {
+        EXPECT_TRUE(accepted.contains(usual.substr(i, 3))) << usual.substr(i, 3);
+    }
     std::multiset<std::string> expected = {" ", "℃"};
     for (size_t i = 0; i < capitals.size(); i += 2) {
         expected.insert({capitals.substr(i, 2), smalls.substr(i, 2)});
