@@ -12,6 +12,9 @@ add_compile_options(-Wall -Wextra -Wconversion -Wshadow -Werror)
 # The same program from whatever folder it is built in.
 add_compile_options($<$<CONFIG:MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
                     $<$<CONFIG:MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+# Packages reach 4 GiB and files bear stamps beyond 2038, also where a long has 32 bits; without
+# these, a call that would tell of one fails there (EOVERFLOW).
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 if(RENEWER_ASAN)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
                       -fno-omit-frame-pointer)
@@ -60,8 +63,6 @@ endfunction()
 function(renewer_shipping_options target)
   target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti
                          -ffunction-sections -fdata-sections)
-  # Packages reach 4 GiB, also where a long has 32 bits.
-  target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
 endfunction()
 
 # A program that ships: nothing in it that is not used, and no library that it does not need.

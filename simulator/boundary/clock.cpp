@@ -12,6 +12,10 @@ using namespace boundary;
 
 namespace {
 
+constexpr const char *real_clock_gettime =
+    has_wide_functions ? "__clock_gettime64" : "clock_gettime";
+constexpr const char *real_select = has_wide_functions ? "__select64" : "select";
+
 timespec to_desk(double unit_seconds) {
     const double desk = unit_seconds / speed;
     timespec result = {};
@@ -39,7 +43,7 @@ void tell_span(const char *kind, double unit_seconds) {
 double sleep_for(double unit_seconds) {
     const timespec span = to_desk(unit_seconds);
     timespec left = {};
-    if (next<decltype(nanosleep)>("nanosleep")(&span, &left) == 0) {
+    if (next<decltype(nanosleep)>(real_nanosleep)(&span, &left) == 0) {
         return 0;
     }
     return seconds(left) * speed;
@@ -78,7 +82,7 @@ int clock_nanosleep(clockid_t, int, const timespec *span, timespec *left) {
 }
 
 int clock_gettime(clockid_t clock, timespec *time) {
-    const int result = next<decltype(clock_gettime)>("clock_gettime")(clock, time);
+    const int result = next<decltype(clock_gettime)>(real_clock_gettime)(clock, time);
     if (result == 0 && clock == CLOCK_MONOTONIC_RAW && speed != 1) {
         const double unit = seconds(*time) * speed;
         time->tv_sec = static_cast<time_t>(unit);
@@ -88,7 +92,7 @@ int clock_gettime(clockid_t clock, timespec *time) {
 }
 
 int select(int count, fd_set *reads, fd_set *writes, fd_set *others, timeval *limit) {
-    const auto real = next<decltype(select)>("select");
+    const auto real = next<decltype(select)>(real_select);
     if (limit == nullptr) {
         return real(count, reads, writes, others, limit);
     }

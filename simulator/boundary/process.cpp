@@ -134,7 +134,7 @@ int waitid(idtype_t type, id_t id, siginfo_t *ended, int options) {
     if (dlsym(RTLD_DEFAULT, "__tsan_init") == nullptr) {
         return real(type, id, ended, options);
     }
-    const auto pause = boundary::next<decltype(nanosleep)>("nanosleep");
+    const auto pause = boundary::next<decltype(nanosleep)>(boundary::real_nanosleep);
     const timespec moment = {0, 1'000'000};
     for (;;) {
         ended->si_pid = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <ctime>
 #include <dlfcn.h>
 
 // The unit at the system-call boundary: loaded into every process of a simulated unit ahead of the
@@ -27,6 +28,12 @@ void send_record(const char *record, size_t size);
 
 // The path that a descriptor was opened by (proc(5), /proc/pid/fd); empty when it has none.
 void descriptor_path(int descriptor, char (&path)[256]);
+
+// Whether the C library has a second function, of another name, for each that takes times or sizes
+// of files (feature_test_macros(7), _TIME_BITS): the program calls that one, and what is defined
+// here under the usual name has its name too.
+inline constexpr bool has_wide_functions = sizeof(time_t) > sizeof(long);
+inline constexpr const char *real_nanosleep = has_wide_functions ? "__nanosleep64" : "nanosleep";
 
 // The next definition of a function: the C library's, or a sanitizer's in front of it.
 template <typename function>

@@ -4,6 +4,7 @@
 #include "platform/owner.h"
 #include "platform/shell.h"
 
+#include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
 
@@ -32,6 +33,12 @@ bool leads_above(const char *path) {
     return false;
 }
 
+// What cannot be looked at might be a link too.
+bool may_be_link(const char *path) {
+    struct stat about;
+    return lstat(path, &about) == 0 ? S_ISLNK(about.st_mode) : errno != ENOENT;
+}
+
 // Whether a component below "/firmware" that has something after it (if only a slash) is a link,
 // and so would be followed.
 bool leads_through_link(const char *path) {
@@ -42,8 +49,7 @@ bool leads_through_link(const char *path) {
     char *end = walked.get() + strlen("/firmware");
     while ((end = strchr(end + 1, '/')) != nullptr) {
         *end = '\0';
-        struct stat about;
-        if (lstat(walked.get(), &about) == 0 && S_ISLNK(about.st_mode)) {
+        if (may_be_link(walked.get())) {
             return true;
         }
         *end = '/';

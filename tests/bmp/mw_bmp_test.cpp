@@ -1,5 +1,6 @@
 #include "bmp/mw_bmp.h"
 
+#include "tests/support/after_2038.h"
 #include "tests/support/files.h"
 #include "tests/support/pictures.h"
 #include "tests/support/printed.h"
@@ -95,6 +96,7 @@ TEST(mw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) {
 
 TEST(mw_bmp, gives_the_stored_rows_and_their_sizes) {
     put_file(path, bmp{.width = 3}.bytes());
+    utimensat(AT_FDCWD, path, after_2038, 0);
     int width = 0;
     int height = 0;
     int bytes_per_pixel = 0;

@@ -3,6 +3,7 @@
 
 #include "simulator/unit/unit.h"
 #include "tests/run/order.h"
+#include "tests/support/after_2038.h"
 
 #include <gtest/gtest.h>
 
@@ -136,6 +137,10 @@ TEST(ending, marker_that_is_never_taken_away_holds_the_run) {
     EXPECT_FALSE(end.has("exit"));
 }
 
+void stamp_link(const std::filesystem::path &root) {
+    utimensat(AT_FDCWD, (root / "firmware/update/out").c_str(), after_2038, AT_SYMLINK_NOFOLLOW);
+}
+
 TEST(ending, only_the_package_below_firmware_update_is_removed) {
     const std::string deep =
         "/firmware/update/" + std::string(200, 'd') + "/" + std::string(200, 'e');
@@ -156,6 +161,7 @@ TEST(ending, only_the_package_below_firmware_update_is_removed) {
         {"/firmware/update/out/app", left, false},
         {"/firmware/update/out/", left, false},
         {"/firmware/update/out", "shell rm -rf /firmware/update/out", true},
+        {"/firmware/update/file/in/it", left, false},
         {"/firmware/update/..pack", "shell rm -rf /firmware/update/..pack", true},
         {"/firmware/other", "", false},
     };
@@ -164,6 +170,7 @@ TEST(ending, only_the_package_below_firmware_update_is_removed) {
         unit it;
         it.model("13").acknowledge_end(200ms).clock_speed(100);
         it.link("/firmware/update/out", "/data").file("/data/app/kept", "");
+        it.file("/firmware/update/file", "").does("stamp the link", stamp_link, at(0ms));
         if (removed && !path.ends_with("/out")) {
             it.file(path + "/payload", "");
         }
