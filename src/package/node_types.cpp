@@ -88,6 +88,10 @@ const char *node_type_to_str(int type) {
     return in_table(type) ? node_type_strs[static_cast<size_t>(type)] : "";
 }
 
+const char *node_file_suffix(uint32_t type) {
+    return type == install_type ? ".sh" : ".bin";
+}
+
 uint64_t node_type_flag(int type) {
     if (!in_table(type) || type == 0 || type == git_version_type) {
         return 0;

@@ -98,6 +98,13 @@ extern const std::array<const char *, 66> node_type_strs;
 // Returns the name of a node type; the empty text for a type outside the table, never null.
 const char *node_type_to_str(int type);
 
+// What follows the type's name in the name of the extracted file.
+const char *node_file_suffix(uint32_t type);
+
+// The install script is extracted as a file that can be executed.
+constexpr uint32_t install_type = 1;
+constexpr unsigned install_mode = 0777; // a mode_t
+
 // Returns the bit of `type` in the `flag` of a new-layout header; 0 for a type that carries no file
 // (0, 29 and those outside the table).
 uint64_t node_type_flag(int type);

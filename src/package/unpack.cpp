@@ -16,13 +16,11 @@ namespace renewer {
 namespace {
 
 constexpr size_t out_path_size = 256;
-constexpr uint32_t install_type = 1;
-constexpr mode_t install_mode = 0777;
 
 // Builds the path of a node's file; false when it does not fit.
 bool build_out_path(char (&path)[out_path_size], const char *out_dir, uint32_t type) {
     const char *const name = node_type_to_str(static_cast<int>(type));
-    const char *const suffix = type == install_type ? ".sh" : ".bin";
+    const char *const suffix = node_file_suffix(type);
     const int length = out_dir == nullptr
                            ? snprintf(path, sizeof(path), "%s%s", name, suffix)
                            : snprintf(path, sizeof(path), "%s/%s%s", out_dir, name, suffix);
