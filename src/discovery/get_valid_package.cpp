@@ -93,9 +93,8 @@ int find_valid_package(const char *dir, const host_info *host, char *out, size_t
         search_end::at_last_entry) {
         return 0;
     }
-    const auto last_version = static_cast<int32_t>(best.version);
-    printf("last_ver %d\n", last_version);
-    if (last_version <= 0) {
+    printf("last_ver %d\n", static_cast<int32_t>(best.version));
+    if (!can_be_chosen(best.version)) {
         return 0;
     }
     printf("\n%s\n", out);

@@ -115,15 +115,15 @@ int pn_digit(const pack_head &head, unsigned index) {
 }
 
 candidate_fit judge_part_number(const pack_head &head, const host_info &host) {
-    const int type = pn_digit(head, 6);
+    const int type = pn_digit(head, type_digit);
     if (type > gprs_package) {
-        return {false, "", "invailed package!\n", {6, 1, 0, 0}};
+        return {false, "", "invailed package!\n", {type_digit, 1, 0, 0}};
     }
     return judges[type](head, host);
 }
 
 bool needs_hardware_check(const pack_head &head, const host_info &host) {
-    return pn_digit(head, 6) == host_package && host_pn_is(host, 0, '1', '1') &&
+    return pn_digit(head, type_digit) == host_package && host_pn_is(host, 0, '1', '1') &&
            host_pn_is(host, 2, '8', '0');
 }
 

@@ -17,7 +17,8 @@ bool is_package_name(const char *name);
 // Returns digit `index` (0 to 31) of the part number of an old-layout header.
 int pn_digit(const pack_head &head, unsigned index);
 
-// What a package updates, digit 6 of its part number. Other values are of no known type.
+// What a package updates, digit `type_digit` of its part number. Other values are of no known type.
+constexpr unsigned type_digit = 6;
 enum package_type { host_package, gnss_board_package, radio_package, lband_package, gprs_package };
 
 // What was compared: `digits` digits of the package's part number from `digit` on, against as many

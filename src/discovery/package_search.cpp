@@ -55,6 +55,10 @@ bool ends_search(candidate_outcome outcome) {
 
 } // namespace
 
+bool can_be_chosen(uint32_t version) {
+    return cmp_version(version, 0) > 0 && static_cast<int32_t>(version) > 0;
+}
+
 package_candidate judge_candidate(const char *dir, const char *name, const host_info &host,
                                   const search_observer &observer) {
     package_candidate candidate = {};

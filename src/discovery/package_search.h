@@ -49,6 +49,9 @@ struct best_package {
 
 enum class search_end { not_listed, at_candidate, at_last_entry };
 
+// Whether a package of this version is ever taken: 0.0.0 is not, nor one with bit 31 set.
+bool can_be_chosen(uint32_t version);
+
 // Judges one file by itself: `latest` when it fits. The observer's `report` is not called.
 package_candidate judge_candidate(const char *dir, const char *name, const host_info &host,
                                   const search_observer &observer);
