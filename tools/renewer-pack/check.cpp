@@ -1,6 +1,7 @@
 #include "commands.h"
 
-#include "package_file.h"
+#include "package_json.h"
+#include "signed.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -18,28 +19,63 @@ std::string joined(const std::vector<std::string> &defects) {
     return text;
 }
 
-int check_one(const std::filesystem::path &package) {
-    const std::string name = printable(package.string());
+// What came out of one package.
+struct result {
+    int status = good;
+    std::string words;
+    json document;
+};
+
+result check_one(const std::filesystem::path &path, const std::filesystem::path &key) {
+    examination examined = examine(path);
+    std::string words = "good";
+    json signature = nullptr;
+    if (!key.empty()) {
+        const signature_result signed_by = check_signature_of(path, key);
+        signature = {{"holds", signed_by.holds}, {"comment", signed_by.comment}};
+        words += ", signed: " + signed_by.comment;
+        if (!signed_by.holds) {
+            examined.defects.insert(examined.defects.begin(), signed_by.reason);
+        }
+    }
+    const bool is_good = examined.defects.empty();
+    json document = {{"file", name_of(path)}, {"good", is_good}, {"signature", signature}};
+    document.update(document_of(examined));
+    return {is_good ? good : package_refused,
+            is_good ? words : "refused: " + joined(examined.defects), document};
+}
+
+// One that cannot be read does not hide the others.
+result check_or_tell(const std::filesystem::path &path, const std::filesystem::path &key) {
     try {
-        const std::vector<std::string> defects = all_defects(package);
-        printf("%s: %s\n", name.c_str(),
-               defects.empty() ? "good" : ("refused: " + joined(defects)).c_str());
-        return defects.empty() ? good : package_refused;
+        return check_one(path, key);
     } catch (const std::system_error &error) {
-        printf("%s: cannot be read: %s\n", name.c_str(), error.code().message().c_str());
-        return system_error;
+        const std::string words = "cannot be read: " + error.code().message();
+        return {system_error,
+                words,
+                {{"file", name_of(path)},
+                 {"good", false},
+                 {"signature", nullptr},
+                 {"defects", {words}}}};
     }
 }
 
 } // namespace
 
-int check(const std::vector<std::filesystem::path> &packages) {
+int check(const check_options &options) {
     int status = good;
-    for (const std::filesystem::path &package : packages) {
-        status = std::max(status, check_one(package));
+    json packages = json::array();
+    for (const std::filesystem::path &path : options.packages) {
+        const result checked = check_or_tell(path, options.key);
+        status = std::max(status, checked.status);
+        if (options.as_json) {
+            packages.push_back(checked.document);
+            continue;
+        }
+        printf("%s: %s\n", printable(path.string()).c_str(), printable(checked.words).c_str());
         fflush(stdout);
     }
-    return status;
+    return options.as_json ? print_document("check", status, {{"packages", packages}}) : status;
 }
 
 } // namespace pack

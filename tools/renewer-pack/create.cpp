@@ -1,20 +1,27 @@
 #include "commands.h"
 
+#include "file_bytes.h"
 #include "manifest.h"
 #include "new_file.h"
 #include "package/package.h"
+#include "package/reading.h"
 #include "package_file.h"
+#include "platform/files.h"
+#include "platform/owner.h"
 #include "progress.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
 #include <system_error>
+#include <tuple>
 #include <unistd.h>
+#include <vector>
 
 namespace pack {
 
@@ -72,47 +79,63 @@ struct tm time_of_making() {
     return made;
 }
 
+// Bytes of a source, which is opened to see that it can be read.
+uint64_t check_source(const fs::path &path) {
+    const std::ifstream file = open_file(path);
+    if (!fs::is_regular_file(path)) {
+        throw misused(path.string() + " is not a file");
+    }
+    const uint64_t size = fs::file_size(path);
+    if (size == 0) {
+        throw misused(path.string() + " is empty, and a node has at least one byte");
+    }
+    return size;
+}
+
 // Bytes of all payloads with their padding.
-uint64_t check_sources(const std::map<unsigned, fs::path> &sources) {
+uint64_t check_sources(const package_description &description) {
     uint64_t total = 0;
-    for (const auto &[type, path] : sources) {
-        if (!fs::exists(path)) {
-            throw std::system_error(ENOENT, std::generic_category(), path.string());
-        }
-        if (!fs::is_regular_file(path)) {
-            throw misused(path.string() + " is not a file");
-        }
-        const uint64_t size = fs::file_size(path);
-        if (size == 0) {
-            throw misused(path.string() + " is empty, and a node has at least one byte");
-        }
+    for (const auto &[type, path] : description.sources) {
+        const uint64_t size = check_source(path);
         if (total > largest_offset || size > largest_offset) {
             throw misused(path.string() + " does not fit: a package ends at 4 GiB");
         }
-        total += (size + 3) & ~uint64_t{3};
+        total += renewer::align4(size);
     }
     return total;
 }
 
-// The generator tells on standard output what this command says in its own words.
+// Reads a source again to see whether the failure was its own.
+void blame_source(const fs::path &path) {
+    const renewer::owned_file file = renewer::open_for_reading(path.c_str());
+    std::vector<char> chunk(128 * 1024);
+    errno = 0;
+    while (file != nullptr && fread(chunk.data(), 1, chunk.size(), file.get()) > 0) {
+    }
+    if (file == nullptr || ferror(file.get()) != 0) {
+        throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(),
+                                path.string() + " cannot be read");
+    }
+}
+
+// Sends standard output nowhere while it lives: the generator reports there what this command says
+// in its own words.
 class silent_output {
 public:
-    silent_output() : kept(dup(STDOUT_FILENO)) {
+    silent_output() : kept(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) {
         fflush(stdout);
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
+        const renewer::owned_descriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
+        dup2(nowhere.get(), STDOUT_FILENO);
     }
     ~silent_output() {
         fflush(stdout);
-        dup2(kept, STDOUT_FILENO);
-        close(kept);
+        dup2(kept.get(), STDOUT_FILENO);
     }
     silent_output(const silent_output &) = delete;
     silent_output &operator=(const silent_output &) = delete;
 
 private:
-    int kept;
+    renewer::owned_descriptor kept;
 };
 
 renewer::package_plan plan_of(const package_description &description) {
@@ -129,14 +152,31 @@ renewer::package_plan plan_of(const package_description &description) {
     return plan;
 }
 
-void check_description(const package_description &description) {
-    if (description.version.empty() || description.pn.empty() || description.revision.empty()) {
-        throw misused("version, PN and revision are needed, as options or from the manifest");
+// Names the first that is missing of what a package cannot be without.
+void check_complete(const package_description &description) {
+    for (const auto &[text, name, option] :
+         {std::tuple(&description.version, "version", "--version"),
+          std::tuple(&description.pn, "part number", "--pn"),
+          std::tuple(&description.revision, "revision", "--revision")}) {
+        if (text->empty()) {
+            throw misused(std::string("the ") + name + " is missing: give it with " + option +
+                          ", or in the manifest");
+        }
     }
+    if (description.sources.empty()) {
+        throw misused("there are no nodes: give one at least, like kernel=zImage");
+    }
+}
+
+void check_description(const package_description &description) {
+    check_complete(description);
     version_numbers(description.version);
     check_length("version", description.version, longest_version);
     check_length("PN", description.pn, sizeof(renewer::pack_head_new::pn) - 1);
     check_length("revision", description.revision, sizeof(renewer::pack_head_new::git_version) - 1);
+    if (!std::all_of(description.pn.begin(), description.pn.end(), is_letter_or_digit)) {
+        throw misused("the PN \"" + description.pn + "\" is not of letters and digits alone");
+    }
 }
 
 // While the file grows its size says how far the work is, then the position of the digest's reader.
@@ -144,51 +184,83 @@ uint64_t bytes_done(const new_file &file, uint64_t total) {
     return file.size() < total ? file.size() : total + file.position();
 }
 
-void write(const package_description &description, const fs::path &output) {
+void write(const package_description &description, const create_options &options) {
     const renewer::package_plan plan = plan_of(description);
-    const uint64_t total = check_sources(description.sources);
-    new_file file(output);
+    const uint64_t total = check_sources(description);
+    new_file file(options.output, options.force);
     int written = 0;
+    std::atomic<bool> is_done = false;
     {
         const silent_output silence;
-        const progress_bar bar("creating " + output.filename().string(), 2 * total,
-                               [&] { return bytes_done(file, total); });
+        const progress_bar bar("creating " + options.output.filename().string(), 2 * total,
+                               [&] { return is_done ? 2 * total : bytes_done(file, total); });
         errno = 0;
         written = renewer::write_package(plan, file.temporary().c_str());
+        is_done = written == 1;
     }
     if (written == 0) {
-        throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(),
-                                output.string() + " could not be written");
+        const int reason = errno != 0 ? errno : EIO;
+        for (const auto &[type, path] : description.sources) {
+            blame_source(path);
+        }
+        throw std::system_error(reason, std::generic_category(),
+                                options.output.string() + " could not be written");
     }
     file.put_in_place();
+}
+
+// What the manifest says, and what is given on the command line before it.
+package_description description_of(const create_options &options) {
+    package_description description;
+    for (const std::string &source : options.sources) {
+        add_source(source, description);
+    }
+    package_description manifest;
+    if (!options.manifest.empty()) {
+        manifest = read_manifest(options.manifest);
+    }
+    description.version = options.version.empty() ? manifest.version : options.version;
+    description.pn = options.pn.empty() ? manifest.pn : options.pn;
+    description.revision = options.revision.empty() ? manifest.revision : options.revision;
+    description.sources.merge(manifest.sources); // keeps what is given
+    return description;
+}
+
+std::vector<fs::path> inputs_of(const create_options &options,
+                                const package_description &description) {
+    std::vector<fs::path> inputs;
+    for (const auto &[type, path] : description.sources) {
+        inputs.push_back(path);
+    }
+    if (!options.manifest.empty()) {
+        inputs.push_back(options.manifest);
+    }
+    return inputs;
 }
 
 } // namespace
 
 int create(const create_options &options) {
-    package_description description;
-    if (!options.manifest.empty()) {
-        description = read_manifest(options.manifest);
+    const package_description description = description_of(options);
+    if (options.print_manifest) {
+        print_manifest(description);
+        return good;
     }
-    for (const auto &[given, text] : {std::pair(&options.version, &description.version),
-                                      std::pair(&options.pn, &description.pn),
-                                      std::pair(&options.revision, &description.revision)}) {
-        if (!given->empty()) {
-            *text = *given;
-        }
+    if (options.output.empty()) {
+        throw misused("where to write the package is missing: give it with -o");
     }
-    package_description given;
-    for (const std::string &source : options.sources) {
-        add_source(source, given);
-    }
-    given.sources.merge(description.sources); // keeps what is given
-    description.sources = given.sources;
     check_description(description);
-    write(description, options.output);
-    const package_file package = read_package(options.output);
-    printf("%s  %llu bytes, %zu nodes, md5 %s\n", options.output.c_str(),
-           static_cast<unsigned long long>(package.size), package.nodes.size(),
-           package.md5.c_str());
+    check_target(options.output, options.force, inputs_of(options, description));
+    if (options.quiet) {
+        hide_progress();
+    }
+    write(description, options);
+    if (!options.quiet) {
+        const package_file package = read_package(options.output);
+        printf("%s  %llu bytes, %zu nodes, md5 %s\n", printable(options.output.string()).c_str(),
+               static_cast<unsigned long long>(package.size), package.nodes.size(),
+               package.md5.c_str());
+    }
     return good;
 }
 

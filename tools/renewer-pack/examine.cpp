@@ -1,11 +1,14 @@
 #include "package_file.h"
 
 #include "file_bytes.h"
+#include "package/digest.h"
+#include "package/reading.h"
 #include "progress.h"
 
 #include <algorithm>
-#include <atomic>
-#include <md5.h>
+#include <cerrno>
+#include <map>
+#include <unistd.h>
 #include <utility>
 
 namespace pack {
@@ -18,16 +21,6 @@ uint64_t end_of(const pack_node &node) {
     return uint64_t{node.offset} + node.size;
 }
 
-constexpr size_t most_told = 20;
-
-void cut(std::vector<std::string> &defects) {
-    if (defects.size() > most_told) {
-        const size_t more = defects.size() - most_told;
-        defects.resize(most_told);
-        defects.push_back("and " + std::to_string(more) + " more");
-    }
-}
-
 std::string name_of(const package_file &package, size_t index) {
     return "node " + std::to_string(index) + " (" + type_name(package.nodes[index].type) + ")";
 }
@@ -37,18 +30,16 @@ void examine_node(package_file &package, size_t index) {
     const pack_node &node = package.nodes[index];
     const uint64_t table_end = package.table_offset + package.nodes.size() * sizeof(pack_node);
     if (*renewer::node_type_to_str(static_cast<int>(node.type)) == '\0') {
-        package.defects.push_back("node " + std::to_string(index) + " has type " +
-                                  std::to_string(node.type) + ", which has no name");
+        add_defect(package, "node " + std::to_string(index) + " has type " +
+                                std::to_string(node.type) + ", which has no name");
     }
     if (end_of(node) > package.size) {
-        package.defects.push_back(name_of(package, index) + " ends at " +
-                                  std::to_string(end_of(node)) + ", past the end of the file at " +
-                                  std::to_string(package.size));
+        add_defect(package, name_of(package, index) + " ends at " + std::to_string(end_of(node)) +
+                                ", past the end of the file at " + std::to_string(package.size));
     }
     if (node.size > 0 && node.offset < table_end) {
-        package.defects.push_back(name_of(package, index) + " begins at " +
-                                  std::to_string(node.offset) + ", before the node table ends at " +
-                                  std::to_string(table_end));
+        add_defect(package, name_of(package, index) + " begins at " + std::to_string(node.offset) +
+                                ", before the node table ends at " + std::to_string(table_end));
     }
 }
 
@@ -72,8 +63,8 @@ void examine_overlaps(package_file &package, const std::vector<size_t> &order) {
         const pack_node &before = package.nodes[order[furthest]];
         const pack_node &node = package.nodes[order[i]];
         if (node.offset < end_of(before)) {
-            package.defects.push_back(name_of(package, order[furthest]) + " and " +
-                                      name_of(package, order[i]) + " overlap");
+            add_defect(package, name_of(package, order[furthest]) + " and " +
+                                    name_of(package, order[i]) + " overlap");
         }
         if (end_of(node) > end_of(before)) {
             furthest = i;
@@ -81,14 +72,29 @@ void examine_overlaps(package_file &package, const std::vector<size_t> &order) {
     }
 }
 
+// The later of two nodes of a type replaces the file of the earlier.
+void examine_doubles(package_file &package) {
+    std::map<uint32_t, size_t> first; // by type
+    for (size_t i = 0; i < package.nodes.size(); ++i) {
+        const auto [known, is_new] = first.emplace(package.nodes[i].type, i);
+        if (!is_new) {
+            add_defect(package, name_of(package, i) + " has the type of node " +
+                                    std::to_string(known->second) + ", whose file it replaces");
+        }
+    }
+}
+
 void examine_flag(package_file &package) {
+    if (package.table_is_cut) {
+        return; // of the nodes that are missing nobody knows the types
+    }
     uint64_t expected = 0;
     for (const pack_node &node : package.nodes) {
         expected |= renewer::node_type_flag(static_cast<int>(node.type));
     }
     if (package.flag != expected) {
-        package.defects.push_back("the flag is " + hexadecimal(package.flag) +
-                                  ", the nodes make it " + hexadecimal(expected));
+        add_defect(package, "the flag is " + hexadecimal(package.flag) + ", the nodes make it " +
+                                hexadecimal(expected));
     }
 }
 
@@ -99,10 +105,10 @@ void examine_padding(package_file &package, const std::vector<size_t> &order) {
         const uint64_t end = end_of(package.nodes[order[i]]);
         const uint64_t next =
             i + 1 < order.size() ? package.nodes[order[i + 1]].offset : package.size;
-        const uint64_t padding_end = std::min(align4(end), next);
+        const uint64_t padding_end = std::min(renewer::align4(end), next);
         if (padding_end > end && !all_zero(bytes_at(file, end, padding_end - end))) {
-            package.defects.push_back("the padding behind " + name_of(package, order[i]) +
-                                      " is not zero");
+            add_defect(package,
+                       "the padding behind " + name_of(package, order[i]) + " is not zero");
         }
     }
 }
@@ -115,57 +121,68 @@ void examine_nodes(package_file &package) {
         examine_node(package, i);
     }
     examine_overlaps(package, order);
+    examine_doubles(package);
     if (package.layout == layout_kind::new_layout) {
         examine_flag(package);
         examine_padding(package, order);
     }
 }
 
-std::string digest_of(const package_file &package, const std::function<void(uint64_t)> &progress) {
-    std::ifstream file = open_file(package.path);
-    file.seekg(renewer::md5_range_begin);
-    MD5_CTX context;
-    MD5Init(&context);
-    std::vector<char> buffer(128 * 1024);
-    uint64_t done = 0;
-    while (file) {
-        file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-        const auto taken = static_cast<size_t>(file.gcount());
-        MD5Update(&context, reinterpret_cast<const uint8_t *>(buffer.data()), taken);
-        done += taken;
-        if (progress) {
-            progress(done);
-        }
-    }
-    if (file.bad()) {
+namespace {
+
+// The digest of the content, as the header must have it.
+std::string digest_of(const package_file &package) {
+    const renewer::owned_file file = renewer::open_package(package.path.c_str());
+    if (file == nullptr) {
         fail(package.path);
     }
-    uint8_t digest[renewer::md5_size];
-    MD5Final(digest, &context);
-    return hexadecimal_bytes(digest, sizeof(digest));
+    const int descriptor = fileno(file.get());
+    errno = 0;
+    const progress_bar bar("checking " + package.path.filename().string(), package.size,
+                           [descriptor] {
+                               const off_t done = lseek(descriptor, 0, SEEK_CUR);
+                               return static_cast<uint64_t>(std::max<off_t>(done, 0));
+                           });
+    const renewer::package_digest digest = renewer::digest_package(file.get());
+    if (!digest.complete) {
+        fail(package.path);
+    }
+    return hexadecimal_bytes(digest.bytes, sizeof(digest.bytes));
 }
 
-std::vector<std::string> all_defects(const std::filesystem::path &path) {
-    package_file package;
+std::vector<std::string> told(const package_file &package) {
+    std::vector<std::string> texts = package.defects;
+    const size_t kept = std::min(texts.size(), most_defects);
+    const size_t more = texts.size() - kept + package.more_defects;
+    texts.resize(kept);
+    if (more > 0) {
+        texts.push_back("and " + std::to_string(more) + " more");
+    }
+    return texts;
+}
+
+} // namespace
+
+examination examine(const std::filesystem::path &path) {
+    examination result;
+    package_file &package = result.package;
     try {
         package = read_package(path);
     } catch (const refused &reason) {
-        return {reason.what()};
+        package.path = path;
+        package.is_damaged = true;
+        result.defects = {reason.what()};
+        return result;
     }
     examine_nodes(package);
-    std::atomic<uint64_t> done = 0;
-    std::string digest;
-    {
-        const progress_bar bar("checking " + path.filename().string(), package.size,
-                               [&done] { return done.load(); });
-        digest = digest_of(package, [&done](uint64_t bytes) { done = bytes; });
+    result.digest = digest_of(package);
+    if (result.digest != package.md5) {
+        package.defects.insert(package.defects.begin(), "the digest is " + result.digest +
+                                                            ", the header says " + package.md5);
+        package.is_damaged = true;
     }
-    if (digest != package.md5) {
-        package.defects.insert(package.defects.begin(),
-                               "the digest is " + digest + ", the header says " + package.md5);
-    }
-    cut(package.defects);
-    return package.defects;
+    result.defects = told(package);
+    return result;
 }
 
 } // namespace pack

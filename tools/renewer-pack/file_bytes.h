@@ -8,10 +8,6 @@
 // Bytes of files, as the commands look at them.
 namespace pack {
 
-constexpr uint64_t align4(uint64_t offset) {
-    return (offset + 3) & ~uint64_t{3};
-}
-
 // Ends the command with the system's reason (errno) and the path.
 [[noreturn]] void fail(const std::filesystem::path &path);
 

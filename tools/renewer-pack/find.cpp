@@ -1,169 +1,121 @@
 #include "commands.h"
 
-#include "discovery/package_candidate.h"
-#include "file_bytes.h"
-#include "package/package.h"
-#include "package_file.h"
-#include "platform/owner.h"
-#include "unit/host_info.h"
+#include "discovery/package_search.h"
+#include "host_record.h"
+#include "json_output.h"
+#include "judgement.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <unistd.h>
 
 namespace pack {
 
 namespace {
 
 namespace fs = std::filesystem;
+using renewer::candidate_outcome;
+using renewer::package_candidate;
 
-constexpr size_t longest_path = 255;
 const std::vector<fs::path> unit_directories = {"/media/sda1", "/firmware", "/mnt"};
 
-struct candidate_verdict {
-    enum { passed_over, fits, ends_search } kind;
-    std::string why;
+constexpr const char *outcome_names[] = {"other_name",  "long_path",      "short_header",
+                                         "other_magic", "other_hardware", "other_part_number",
+                                         "not_later",   "latest"};
+
+// A search of one directory after the other, and what is told of it.
+struct search {
+    renewer::host_info host;
+    std::string inputs;
+    bool as_json;
+    uint32_t best_version;
+    json directories;
 };
 
-struct best_candidate {
-    fs::path path;
-    uint32_t version = 0;
-};
-
-renewer::host_info read_unit(const fs::path &path) {
-    std::ifstream file = open_file(path);
-    renewer::host_info host = {};
-    file.read(reinterpret_cast<char *>(&host), sizeof(host));
-    if (file.gcount() == 0) {
-        errno = ENODATA;
-        fail(path);
-    }
-    return host;
-}
-
-std::string without_line_end(std::string text) {
-    while (!text.empty() && (text.back() == '\n' || text.front() == ' ')) {
-        text.back() == '\n' ? text.pop_back() : static_cast<void>(text.erase(0, 1));
-    }
-    return text;
-}
-
-std::string digits_of(const renewer::pack_head &head) {
-    std::string digits;
-    for (unsigned i = 0; i < 14; ++i) {
-        digits += "0123456789abcdef"[renewer::pn_digit(head, i)];
-    }
-    return digits;
-}
-
-std::string version_text(uint32_t version) {
-    return std::to_string(version >> 16 & 255) + "." + std::to_string(version >> 8 & 255) + "." +
-           std::to_string(version & 255);
-}
-
-// Without known inputs the version is left to the unit.
-candidate_verdict judge_hardware(const renewer::pack_head &head, const std::string &inputs) {
-    if (inputs == "000" && !renewer::is_fit_for_new_hardware(head.version)) {
-        return {candidate_verdict::ends_search,
-                "version " + version_text(head.version) +
-                    " is too old for the unit's hardware, which needs 2.0.16"};
-    }
-    const bool open_question = inputs.empty() && !renewer::is_fit_for_new_hardware(head.version);
-    return {candidate_verdict::fits,
-            open_question ? ", if not all presence inputs of the unit read 0" : ""};
-}
-
-candidate_verdict judge_candidate(const fs::path &path, const renewer::host_info &host,
-                                  const std::string &inputs, uint32_t *version) {
-    if (!renewer::is_package_name(path.filename().c_str())) {
-        return {candidate_verdict::passed_over, "the name is not that of a package"};
-    }
-    if (path.native().size() > longest_path) {
-        return {candidate_verdict::passed_over, "the path is longer than 255 characters"};
-    }
-    renewer::pack_head head = {};
-    if (renewer::get_pack_head(path.c_str(), &head) == 0) {
-        return {candidate_verdict::passed_over, "no header of 60 bytes can be read"};
-    }
-    if (head.magic != renewer::magic_old) {
-        return {candidate_verdict::passed_over, "the magic is " + hexadecimal(head.magic)};
-    }
-    *version = head.version;
-    candidate_verdict hardware = {candidate_verdict::fits, ""};
-    if (renewer::needs_hardware_check(head, host)) {
-        hardware = judge_hardware(head, inputs);
-    }
-    if (hardware.kind != candidate_verdict::fits) {
-        return hardware;
-    }
-    const renewer::candidate_fit fit = renewer::judge_part_number(head, host);
-    if (!fit.fits) {
-        return {candidate_verdict::ends_search,
-                without_line_end(fit.note) + " (digits of the package: " + digits_of(head) + ")"};
-    }
-    return {candidate_verdict::fits, "fits, version " + version_text(head.version) + hardware.why};
-}
-
-void tell(const fs::path &path, const std::string &what) {
-    printf("%s: %s\n", printable(path.string()).c_str(), what.c_str());
-}
-
-// Keeps a later version, as the unit does; bits 24 to 31 are not compared.
-void weigh(const fs::path &path, uint32_t version, const std::string &why, best_candidate &best) {
-    if (renewer::cmp_version(version, best.version) > 0) {
-        tell(path, why + ", the latest so far");
-        best = {path, version};
-    } else {
-        tell(path, why + ", passed over: not later than " + version_text(best.version));
+void tell(const search &going, const fs::path &path, const std::string &what) {
+    if (!going.as_json) {
+        printf("%s: %s\n", printable(path.string()).c_str(), what.c_str());
     }
 }
 
-// Looks in the order in which the directory lists its entries, as the unit does.
-best_candidate search(const fs::path &directory, const renewer::host_info &host,
-                      const std::string &inputs) {
-    const renewer::owned_directory entries(
-        access(directory.c_str(), R_OK | W_OK) == 0 ? opendir(directory.c_str()) : nullptr);
-    if (entries == nullptr) {
-        tell(directory, "passed over: it cannot be listed, or not be read and written");
-        return {};
+bool inputs_allow_candidate(void *context, const renewer::pack_head &head) {
+    return inputs_allow(&static_cast<search *>(context)->inputs, head);
+}
+
+std::string sentence_of(const package_candidate &candidate, const search &going) {
+    const std::string reason = reason_of(candidate, going.host, going.inputs);
+    switch (candidate.outcome) {
+    case candidate_outcome::latest:
+        return reason + ", the latest so far";
+    case candidate_outcome::not_later:
+        return reason + ", passed over: not later than " + version_text(going.best_version);
+    case candidate_outcome::other_hardware:
+    case candidate_outcome::other_part_number:
+        return "ends the search of the directory: " + reason;
+    default:
+        return "passed over: " + reason;
     }
-    best_candidate best;
-    while (const dirent *const entry = readdir(entries.get())) {
-        const std::string name = entry->d_name;
-        if (name == "." || name == "..") {
-            continue;
-        }
-        const fs::path path = directory.native() + "/" + name;
-        uint32_t version = 0;
-        const candidate_verdict verdict = judge_candidate(path, host, inputs, &version);
-        if (verdict.kind == candidate_verdict::ends_search) {
-            tell(path, "ends the search of the directory: " + verdict.why);
-            return {};
-        }
-        if (verdict.kind == candidate_verdict::fits) {
-            weigh(path, version, verdict.why, best);
-        } else {
-            tell(path, "passed over: " + verdict.why);
-        }
+}
+
+void report(void *context, const package_candidate &candidate) {
+    search &going = *static_cast<search *>(context);
+    const fs::path path = candidate.path;
+    if (path.filename() == "." || path.filename() == "..") {
+        return;
     }
-    return best;
+    if (candidate.outcome == candidate_outcome::latest) {
+        going.best_version = candidate.head.version;
+    }
+    tell(going, path, sentence_of(candidate, going));
+    going.directories.back()["candidates"].push_back(
+        {{"file", name_of(path)},
+         {"outcome", outcome_names[static_cast<size_t>(candidate.outcome)]},
+         {"reason", reason_of(candidate, going.host, going.inputs)}});
+}
+
+// The path of the package that the unit would take from the directory; empty for none.
+fs::path search_one(const fs::path &directory, search &going) {
+    char path[renewer::candidate_path_size] = {};
+    renewer::best_package best = {.path = path, .path_size = sizeof(path), .version = 0};
+    going.best_version = 0;
+    going.directories.push_back(
+        {{"directory", name_of(directory)}, {"listed", true}, {"candidates", json::array()}});
+    const renewer::search_end end = renewer::search_directory(
+        directory.c_str(), going.host, {inputs_allow_candidate, report, &going}, &best);
+    if (end == renewer::search_end::not_listed) {
+        going.directories.back()["listed"] = false;
+        tell(going, directory, "passed over: it cannot be listed, or not be read and written");
+    }
+    const bool taken =
+        end == renewer::search_end::at_last_entry && renewer::can_be_chosen(best.version);
+    return taken ? path : fs::path();
+}
+
+int finish(const search &going, const fs::path &found) {
+    const int status = found.empty() ? package_refused : good;
+    if (going.as_json) {
+        return print_document("find", status,
+                              {{"directories", going.directories},
+                               {"found", found.empty() ? json(nullptr) : json(name_of(found))}});
+    }
+    printf("found: %s\n", found.empty() ? "nothing" : printable(found.string()).c_str());
+    return status;
 }
 
 } // namespace
 
 int find(const find_options &options) {
-    const renewer::host_info host = read_unit(options.unit);
+    search going = {.host = read_host_record(options.unit),
+                    .inputs = options.inputs,
+                    .as_json = options.as_json,
+                    .best_version = 0,
+                    .directories = json::array()};
     const auto &directories = options.directories.empty() ? unit_directories : options.directories;
     for (const fs::path &directory : directories) {
-        const best_candidate best = search(directory, host, options.inputs);
-        if (static_cast<int32_t>(best.version) > 0) {
-            printf("found: %s\n", printable(best.path.string()).c_str());
-            return good;
+        const fs::path found = search_one(directory, going);
+        if (!found.empty()) {
+            return finish(going, found);
         }
     }
-    printf("found: nothing\n");
-    return package_refused;
+    return finish(going, "");
 }
 
 } // namespace pack

@@ -1,5 +1,7 @@
 #include "new_file.h"
 
+#include "commands.h"
+#include "file_bytes.h"
 #include "platform/owner.h"
 
 #include <cerrno>
@@ -59,27 +61,52 @@ private:
     sigset_t before;
 };
 
-[[noreturn]] void fail(const fs::path &path) {
-    throw std::system_error(errno, std::generic_category(), path.string());
-}
-
-mode_t creation_mask() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return mask;
+// Renames, onto nothing that exists unless it may be replaced (renameat2(2); a file system that
+// does not know the flag says EINVAL).
+bool put(const fs::path &from, const fs::path &to, bool replace) {
+    if (!replace &&
+        renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    return (replace || errno == EINVAL) && rename(from.c_str(), to.c_str()) == 0;
 }
 
 } // namespace
 
-new_file::new_file(fs::path place) : target(std::move(place)) {
+mode_t permitted(mode_t mode) {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return mode & ~mask;
+}
+
+void check_target(const fs::path &target, bool replace, const std::vector<fs::path> &inputs) {
+    for (const fs::path &input : inputs) {
+        std::error_code error; // one that does not exist is not the same
+        if (fs::equivalent(input, target, error)) {
+            throw misused(target.string() + " would be written over while it is read" +
+                          (input == target ? "" : " (it is " + input.string() + ")") +
+                          ": give another place");
+        }
+    }
+    if (fs::symlink_status(target).type() == fs::file_type::not_found) {
+        return;
+    }
+    if (fs::exists(target) && !fs::is_regular_file(target)) { // a device is never replaced
+        errno = fs::is_directory(target) ? EISDIR : ENOTSUP;
+        fail(target);
+    }
+    if (!replace) {
+        throw misused(target.string() + " exists (--force replaces it)");
+    }
+}
+
+new_file::new_file(fs::path place, bool may_replace)
+    : target(std::move(place)), replace(may_replace) {
+    check_target(target, replace, {});
     std::string name =
         (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
     if (name.size() >= sizeof(s_unfinished)) {
         errno = ENAMETOOLONG;
-        fail(target);
-    }
-    if (fs::exists(target) && !fs::is_regular_file(target)) { // a device is never replaced
-        errno = fs::is_directory(target) ? EISDIR : ENOTSUP;
         fail(target);
     }
     const held_back_signals until_it_would_be_removed;
@@ -90,13 +117,21 @@ new_file::new_file(fs::path place) : target(std::move(place)) {
     path = name;
     strcpy(s_unfinished, name.c_str());
     handle_signals(remove_and_end);
-    fchmod(file.get(), 0666 & ~creation_mask());
+    fchmod(file.get(), permitted(0666));
 }
 
 new_file::~new_file() {
     if (!path.empty()) {
         unlink(path.c_str());
         handle_signals(SIG_DFL);
+    }
+}
+
+void new_file::write(std::string_view bytes) {
+    const renewer::owned_file file(fopen(path.c_str(), "we"));
+    if (file == nullptr || fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size() ||
+        fflush(file.get()) != 0) {
+        fail(target);
     }
 }
 
@@ -123,7 +158,11 @@ uint64_t new_file::position() const {
 
 void new_file::put_in_place() {
     const renewer::owned_descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file || fsync(file.get()) != 0 || rename(path.c_str(), target.c_str()) != 0) {
+    if (!file || fsync(file.get()) != 0) {
+        fail(target);
+    }
+    if (!put(path, target, replace)) {
+        check_target(target, replace, {}); // made by another program in the meantime?
         fail(target);
     }
     path.clear();

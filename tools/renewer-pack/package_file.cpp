@@ -1,6 +1,7 @@
 #include "package_file.h"
 
 #include "file_bytes.h"
+#include "package/reading.h"
 
 #include <algorithm>
 #include <cstring>
@@ -36,15 +37,16 @@ void read_node_table(std::ifstream &file, uint32_t count, package_file &package)
     const uint64_t wanted = uint64_t{count} * sizeof(pack_node);
     const uint64_t there =
         package.size > package.table_offset ? package.size - package.table_offset : 0;
-    if (there < wanted) {
-        package.defects.push_back("the node table of " + std::to_string(count) + " records takes " +
-                                  std::to_string(wanted) + " bytes, the file holds " +
-                                  std::to_string(there));
+    package.table_is_cut = there < wanted;
+    if (package.table_is_cut) {
+        add_defect(package, "the node table of " + std::to_string(count) + " records takes " +
+                                std::to_string(wanted) + " bytes, the file holds " +
+                                std::to_string(there));
     }
     if (count > renewer::most_node_records) {
-        package.defects.push_back("the node table has " + std::to_string(count) +
-                                  " records, a unit takes at most " +
-                                  std::to_string(renewer::most_node_records));
+        add_defect(package, "the node table has " + std::to_string(count) +
+                                " records, a unit takes at most " +
+                                std::to_string(renewer::most_node_records));
     }
     const uint64_t taken =
         std::min(std::min(there, wanted) / sizeof(pack_node), uint64_t{renewer::most_node_records});
@@ -66,28 +68,26 @@ std::string old_part_number(const renewer::pack_head &head) {
 void read_old(std::ifstream &file, package_file &package) {
     const std::string bytes = bytes_at(file, 0, sizeof(renewer::pack_head));
     if (bytes.size() < sizeof(renewer::pack_head)) {
-        package.defects.push_back("the header is short: " + std::to_string(bytes.size()) +
-                                  " of 60 bytes");
+        add_defect(package,
+                   "the header is short: " + std::to_string(bytes.size()) + " of 60 bytes");
     }
     const auto head = record_of<renewer::pack_head>(bytes);
     package.old_head = head;
-    package.version = std::to_string(head.version >> 16 & 255) + "." +
-                      std::to_string(head.version >> 8 & 255) + "." +
-                      std::to_string(head.version & 255);
+    package.version = version_text(head.version);
     package.part_number = old_part_number(head);
     package.md5 = hexadecimal_bytes(head.md5, renewer::md5_size);
     package.flag = head.flag;
     package.table_offset = sizeof(head);
     if (head.pnlen > 2 * sizeof(head.pn)) {
-        package.defects.push_back("the part number claims " + std::to_string(head.pnlen) +
-                                  " of at most 32 digits");
+        add_defect(package, "the part number claims " + std::to_string(head.pnlen) +
+                                " of at most 32 digits");
     }
     read_node_table(file, head.count, package);
 }
 
 void check_text(const char *name, const char *field, size_t size, package_file &package) {
     if (text_of(field, size).size() == size) {
-        package.defects.push_back(std::string("the ") + name + " is not terminated");
+        add_defect(package, std::string("the ") + name + " is not terminated");
     }
 }
 
@@ -97,14 +97,28 @@ void check_new_header(const renewer::pack_head_new &head, package_file &package)
     check_text("date", head.date, sizeof(head.date), package);
     check_text("time", head.time, sizeof(head.time), package);
     if (head.pnlen != package.part_number.size()) {
-        package.defects.push_back("the part number has " +
-                                  std::to_string(package.part_number.size()) +
-                                  " characters, the header says " + std::to_string(head.pnlen));
+        add_defect(package, "the part number has " + std::to_string(package.part_number.size()) +
+                                " characters, the header says " + std::to_string(head.pnlen));
     }
     if (uint64_t{head.head_len} != renewer::pack_head_new_size + uint64_t{head.version_len}) {
-        package.defects.push_back("the header length " + std::to_string(head.head_len) +
-                                  " does not match a version text of " +
-                                  std::to_string(head.version_len) + " bytes");
+        add_defect(package, "the header length " + std::to_string(head.head_len) +
+                                " does not match a version text of " +
+                                std::to_string(head.version_len) + " bytes");
+    }
+}
+
+// The bytes between version text and node table: fill up to a multiple of 4, and a reserved word
+// that no reader looks at.
+void check_fill(std::ifstream &file, const renewer::pack_head_new &head, package_file &package) {
+    const uint64_t word = renewer::align4(head.head_len);
+    if (!all_zero(bytes_at(file, head.head_len, word - head.head_len))) {
+        add_defect(package, "the padding behind the version text is not zero");
+    }
+    const std::string reserved = bytes_at(file, word, sizeof(uint32_t));
+    if (!all_zero(reserved)) {
+        add_defect(package,
+                   "the reserved word is " + hexadecimal(record_of<uint32_t>(reserved)) + ", not 0",
+                   false);
     }
 }
 
@@ -115,15 +129,13 @@ void read_version(std::ifstream &file, const renewer::pack_head_new &head, packa
     const std::string text = bytes_at(file, begin, length);
     package.version = text_of(text.data(), text.size());
     if (there < head.version_len || head.version_len == 0) {
-        package.defects.push_back("the version text of " + std::to_string(head.version_len) +
-                                  " bytes is short: the file holds " + std::to_string(there));
+        add_defect(package, "the version text of " + std::to_string(head.version_len) +
+                                " bytes is short: the file holds " + std::to_string(there));
     } else if (package.version.size() == text.size()) {
-        package.defects.push_back("the version text is not terminated");
+        add_defect(package, "the version text is not terminated");
     }
-    const uint64_t text_end = begin + head.version_len;
-    if (head.head_len == text_end && text_end < package.size &&
-        !all_zero(bytes_at(file, text_end, package.table_offset - text_end))) {
-        package.defects.push_back("the padding behind the version text is not zero");
+    if (head.head_len == begin + head.version_len) {
+        check_fill(file, head, package);
     }
 }
 
@@ -134,10 +146,10 @@ void read_new(std::ifstream &file, package_file &package) {
     package.part_number = text_of(head.pn, sizeof(head.pn));
     package.md5 = hexadecimal_bytes(head.md5, renewer::md5_size);
     package.flag = head.flag;
-    package.table_offset = align4(head.head_len) + 4;
+    package.table_offset = renewer::node_table_offset(head.head_len);
     if (bytes.size() < renewer::pack_head_new_size) {
-        package.defects.push_back("the header is short: " + std::to_string(bytes.size()) +
-                                  " of 100 bytes");
+        add_defect(package,
+                   "the header is short: " + std::to_string(bytes.size()) + " of 100 bytes");
         return;
     }
     check_new_header(head, package);
@@ -146,6 +158,15 @@ void read_new(std::ifstream &file, package_file &package) {
 }
 
 } // namespace
+
+void add_defect(package_file &package, const std::string &text, bool hinders) {
+    package.is_damaged = package.is_damaged || hinders;
+    if (package.defects.size() < most_defects) {
+        package.defects.push_back(text);
+    } else {
+        ++package.more_defects;
+    }
+}
 
 package_file read_package(const std::filesystem::path &path) {
     std::ifstream file = open_file(path);
@@ -171,30 +192,26 @@ package_file read_package(const std::filesystem::path &path) {
     return package;
 }
 
+package_file named_package(const std::filesystem::path &path) {
+    try {
+        return read_package(path);
+    } catch (const refused &reason) {
+        throw refused(path.string() + ": " + reason.what());
+    }
+}
+
+const char *layout_name(const package_file &package) {
+    return package.layout == layout_kind::old_layout ? "old" : "new";
+}
+
 std::string file_name(uint32_t type) {
     return renewer::node_type_to_str(static_cast<int>(type)) +
-           std::string(type == 1 ? ".sh" : ".bin");
+           std::string(renewer::node_file_suffix(type));
 }
 
 std::string type_name(uint32_t type) {
     const std::string name = renewer::node_type_to_str(static_cast<int>(type));
     return name.empty() ? "type " + std::to_string(type) : name;
-}
-
-std::string text_of(const char *field, size_t size) {
-    return {field, strnlen(field, size)};
-}
-
-std::string printable(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return c == '\x7f' || (c >= 0 && c < ' '); }, '?');
-    return text;
-}
-
-std::string hexadecimal(uint64_t value) {
-    char text[24];
-    snprintf(text, sizeof(text), "0x%llx", static_cast<unsigned long long>(value));
-    return text;
 }
 
 } // namespace pack

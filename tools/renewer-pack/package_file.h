@@ -1,11 +1,11 @@
 #pragma once
 
 #include "package/package.h"
+#include "words.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,39 +33,47 @@ struct package_file {
     uint64_t flag = 0;
     uint64_t table_offset = 0;
     std::vector<renewer::pack_node> nodes; // those that the file holds
-    std::vector<std::string> defects;      // in words; empty for a sound structure
+    bool table_is_cut = false;             // the file does not hold all its nodes
+    std::vector<std::string> defects;      // the first of them; empty for a sound structure
+    size_t more_defects = 0;               // those that are not kept
+    bool is_damaged = false;               // a defect hinders unpacking
 };
+
+constexpr size_t most_defects = 20; // that are kept
+
+// Adds a defect. What no reader looks at does not hinder unpacking.
+void add_defect(package_file &package, const std::string &text, bool hinders = true);
 
 // Reads header and node table. What is not as it should be is told in `defects`.
 //
 // Throws `refused` for a file that is no package at all, std::system_error when it cannot be read.
 package_file read_package(const std::filesystem::path &path);
 
+// The same; the refusal names the path.
+package_file named_package(const std::filesystem::path &path);
+
 // Adds to the defects what is wrong with the nodes: past the end, overlapping, without a name, not
 // as the flag says, with padding that is not zero.
 void examine_nodes(package_file &package);
 
-// Digests the package as its header must have it and gives the 32 hexadecimal characters.
-// `progress` is called with the bytes done so far.
-std::string digest_of(const package_file &package,
-                      const std::function<void(uint64_t)> &progress = {});
+// A package with all that is wrong with it.
+struct examination {
+    package_file package;
+    std::string digest; // that of its content, 32 hexadecimal characters; empty for no package
+    std::vector<std::string> defects; // of more than 20 the first 20 and "and N more"
+};
 
-// What is wrong with the package, its digest included; empty for a sound one. Of more than 20
-// defects the first 20 and "and N more".
-std::vector<std::string> all_defects(const std::filesystem::path &path);
+// Reads the whole package and compares its digest with that of its header. A file that is no
+// package at all has that as its only defect. Throws std::system_error when it cannot be read.
+examination examine(const std::filesystem::path &path);
+
+// "old" or "new".
+const char *layout_name(const package_file &package);
 
 // Name of the file that a node is extracted to.
 std::string file_name(uint32_t type);
 
 // "kernel", or "type 70" for a type without a name.
 std::string type_name(uint32_t type);
-
-// A text field of a header up to its terminator or its end.
-std::string text_of(const char *field, size_t size);
-
-// The text with what a terminal would act upon replaced by "?".
-std::string printable(std::string text);
-
-std::string hexadecimal(uint64_t value);
 
 } // namespace pack

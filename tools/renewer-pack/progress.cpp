@@ -1,7 +1,8 @@
 #include "progress.h"
 
+#include "json_output.h"
+
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -12,10 +13,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 1s;
-constexpr auto refresh = 100ms;
+constexpr std::chrono::milliseconds patience = 1s;
+constexpr std::chrono::milliseconds refresh = 100ms;
 constexpr size_t usual_columns = 80;
 constexpr const char *clear_line = "\r\x1b[K"; // ECMA-48, erase in line
+
+std::string s_mode = "auto";
 
 size_t terminal_columns() {
     struct winsize size = {};
@@ -39,11 +42,21 @@ std::string progress_line(const std::string &title, uint64_t done, uint64_t tota
            number;
 }
 
+void set_progress(const std::string &mode) {
+    s_mode = mode;
+}
+
+void hide_progress() {
+    if (s_mode == "auto") {
+        s_mode = "none";
+    }
+}
+
 progress_bar::progress_bar(std::string title, uint64_t total, std::function<uint64_t()> done) {
-    if (isatty(STDERR_FILENO) == 1) {
-        painter = std::thread([this, title = std::move(title), total, done = std::move(done)] {
-            run(title, total, done);
-        });
+    const bool as_json = s_mode == "json";
+    if (as_json || (s_mode == "auto" && isatty(STDERR_FILENO) == 1)) {
+        const auto show = as_json ? &progress_bar::print : &progress_bar::draw;
+        painter = std::thread(show, this, std::move(title), total, std::move(done));
     }
 }
 
@@ -59,17 +72,31 @@ progress_bar::~progress_bar() {
     painter.join();
 }
 
-void progress_bar::run(const std::string &title, uint64_t total,
-                       const std::function<uint64_t()> &done) {
+bool progress_bar::is_finished_after(std::chrono::milliseconds time) {
     std::unique_lock held(lock);
-    if (changed.wait_for(held, patience, [this] { return finished; })) {
+    return changed.wait_for(held, time, [this] { return finished; });
+}
+
+void progress_bar::draw(const std::string &title, uint64_t total,
+                        const std::function<uint64_t()> &done) {
+    if (is_finished_after(patience)) {
         return;
     }
     do {
         fprintf(stderr, "\r%s",
                 progress_line(title, done(), total, terminal_columns() - 1).c_str());
-    } while (!changed.wait_for(held, refresh, [this] { return finished; }));
+    } while (!is_finished_after(refresh));
     fputs(clear_line, stderr);
+}
+
+void progress_bar::print(const std::string &title, uint64_t total,
+                         const std::function<uint64_t()> &done) {
+    bool last = false;
+    do {
+        last = is_finished_after(refresh);
+        const json line = {{"work", title}, {"done", std::min(done(), total)}, {"total", total}};
+        fprintf(stderr, "%s\n", line.dump(-1, ' ', false, json::error_handler_t::replace).c_str());
+    } while (!last);
 }
 
 } // namespace pack

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -9,8 +10,15 @@
 
 namespace pack {
 
-// Shows on standard error how far a piece of work has come, when that is a terminal and the work
-// takes longer than a second. Gone from the terminal with the end of the scope.
+// How progress is shown on standard error: "auto", a bar when it is a terminal and the work takes
+// longer than a second; "json", a line of JSON ten times a second and one at the end; "none".
+void set_progress(const std::string &mode);
+
+// Shows no bar; what was asked for with `set_progress` is shown all the same.
+void hide_progress();
+
+// Shows how far a piece of work has come while it lives. A bar is gone from the terminal with the
+// end of the scope.
 class progress_bar {
 public:
     // `done` gives the bytes done of `total`; it is called from another thread.
@@ -20,12 +28,14 @@ public:
     progress_bar &operator=(const progress_bar &) = delete;
 
 private:
-    void run(const std::string &title, uint64_t total, const std::function<uint64_t()> &done);
+    bool is_finished_after(std::chrono::milliseconds time);
+    void draw(const std::string &title, uint64_t total, const std::function<uint64_t()> &done);
+    void print(const std::string &title, uint64_t total, const std::function<uint64_t()> &done);
 
     std::mutex lock;
     std::condition_variable changed;
     bool finished = false;
-    std::thread painter; // only on a terminal
+    std::thread painter; // only when something is to be shown
 };
 
 // The line that shows `done` of `total`, `columns` wide.

@@ -1,10 +1,12 @@
 #include "commands.h"
 
+#include "file_bytes.h"
 #include "new_file.h"
 #include "package/package.h"
 #include "package_file.h"
-#include "platform/owner.h"
+#include "platform/files.h"
 #include "progress.h"
+#include "signed.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -19,29 +21,39 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr uint32_t install_type = 1;
-constexpr mode_t install_mode = 0777;
-
 std::set<unsigned> types_named(const std::vector<std::string> &names) {
     std::set<unsigned> types;
     for (const std::string &name : names) {
-        const std::optional<unsigned> type = node_type_of(name);
-        if (!type) {
-            throw misused("there is no node type \"" + name + "\" (see renewer-pack types)");
-        }
-        types.insert(*type);
+        types.insert(required_node_type(name));
     }
     return types;
 }
 
-void refuse_damaged(const fs::path &package, bool force) {
-    const std::vector<std::string> defects = all_defects(package);
-    for (const std::string &defect : defects) {
-        fprintf(stderr, "renewer-pack: %s: %s\n", printable(package.string()).c_str(),
-                defect.c_str());
+void say(const fs::path &package, const std::string &what) {
+    fprintf(stderr, "renewer-pack: %s: %s\n", printable(package.string()).c_str(),
+            printable(what).c_str());
+}
+
+// Checks the package and says what is wrong with it. Returns whether it is damaged, which only
+// --force lets pass.
+bool check_damage(const examination &examined, bool force) {
+    for (const std::string &defect : examined.defects) {
+        say(examined.package.path, defect);
     }
-    if (!defects.empty() && !force) {
+    if (examined.package.is_damaged && !force) {
         throw refused("refused; nothing was unpacked (--force unpacks what is there)");
+    }
+    return examined.package.is_damaged;
+}
+
+void demand_signature(const unpack_options &options) {
+    if (options.key.empty()) {
+        return;
+    }
+    const signature_result signed_by = check_signature_of(options.package, options.key);
+    if (!signed_by.holds) {
+        throw refused(options.package.string() + ": " + signed_by.reason +
+                      "; nothing was unpacked");
     }
 }
 
@@ -70,36 +82,50 @@ void copy(FILE *in, const renewer::pack_node &node, const new_file &file, const 
     const char *const path = file.temporary().c_str();
     errno = 0;
     if (renewer::node_to_file(in, &node, path) == 0 ||
-        (node.type == install_type && chmod(path, install_mode) != 0)) {
+        (node.type == renewer::install_type &&
+         chmod(path, permitted(renewer::install_mode)) != 0)) {
         throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), target.string());
     }
 }
 
-void extract(FILE *in, const renewer::pack_node &node, const fs::path &target) {
-    new_file file(target);
+void extract(FILE *in, const renewer::pack_node &node, const unpack_options &options) {
+    const fs::path target = options.directory / file_name(node.type);
+    new_file file(target, options.force);
     copy(in, node, file, target);
     const uint64_t size = file.size();
     file.put_in_place();
-    printf("%s  %llu bytes%s\n", target.c_str(), static_cast<unsigned long long>(size),
-           size < node.size ? ", cut short" : "");
+    if (!options.quiet) {
+        printf("%s  %llu bytes%s\n", printable(target.string()).c_str(),
+               static_cast<unsigned long long>(size), size < node.size ? ", cut short" : "");
+    }
 }
 
 } // namespace
 
 int unpack(const unpack_options &options) {
     types_named(options.only);
-    refuse_damaged(options.package, options.force);
-    const package_file package = read_package(options.package);
-    const std::vector<renewer::pack_node> nodes = chosen_nodes(package, options.only);
-    const renewer::owned_file in(fopen(options.package.c_str(), "re"));
+    if (options.quiet) {
+        hide_progress();
+    }
+    const renewer::owned_file in = renewer::open_for_reading(options.package.c_str());
     if (in == nullptr) {
-        throw std::system_error(errno, std::generic_category(), options.package.string());
+        fail(options.package);
+    }
+    demand_signature(options);
+    const examination examined = examine(options.package);
+    const bool is_damaged = check_damage(examined, options.force);
+    const std::vector<renewer::pack_node> nodes = chosen_nodes(examined.package, options.only);
+    for (const renewer::pack_node &node : nodes) {
+        check_target(options.directory / file_name(node.type), options.force, {options.package});
+    }
+    if (!renewer::is_open_file(options.package.c_str(), in.get())) {
+        throw refused(options.package.string() + " was replaced while it was checked");
     }
     fs::create_directories(options.directory);
     for (const renewer::pack_node &node : nodes) {
-        extract(in.get(), node, options.directory / file_name(node.type));
+        extract(in.get(), node, options);
     }
-    return good;
+    return is_damaged ? package_refused : good;
 }
 
 } // namespace pack

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+// The commands and their options, described once: for the command line, for its help, for the
+// completion of the shells and for the manual pages.
+namespace pack {
+
+using chosen_command = std::function<int()>;
+
+// Adds all commands. Parsing a command line sets `chosen`.
+void describe_commands(CLI::App &app, chosen_command &chosen);
+
+// Names of the commands that the help lists.
+std::vector<std::string> command_names(const CLI::App &app);
+
+// Throws `misused` when there is none of this name.
+const CLI::App &command_named(const CLI::App &app, const std::string &name);
+
+// What kind of argument an option takes.
+bool is_flag(const CLI::Option &option);
+bool is_positional(const CLI::Option &option);
+bool takes_many(const CLI::Option &option);
+
+// The command as it is written, like "renewer-pack show [--json] FILE". What is needed stands
+// without brackets.
+std::string synopsis(const CLI::App &command);
+
+// What is wrong with a command line that could not be parsed, and what may have been meant.
+std::string complaint(const CLI::App &app, const CLI::ParseError &error);
+
+} // namespace pack

@@ -1,0 +1,20 @@
+#include "json_output.h"
+
+#include <cstdio>
+
+namespace pack {
+
+namespace {
+
+constexpr int format = 1; // counts up when a program that reads the documents would fail
+
+}
+
+int print_document(const char *command, int status, const json &document) {
+    json whole = {{"format", format}, {"command", command}, {"status", status}};
+    whole.update(document);
+    printf("%s\n", whole.dump(2, ' ', false, json::error_handler_t::replace).c_str());
+    return status;
+}
+
+} // namespace pack
