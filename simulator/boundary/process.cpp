@@ -123,7 +123,7 @@ extern "C" {
 int system(const char *command) {
     boundary::tell_long("shell ", command);
     const int status = boundary::no_shell_for(command) ? -1 : boundary::next_system(command);
-    boundary::tell("ended %d", status);
+    boundary::tell_long("ended ", command);
     return status;
 }
 

@@ -6,7 +6,7 @@ namespace simulator {
 // The desk's datagram socket, by its path in the unit. A record is "<kind> <text>", with the kinds
 // of event_kind, or one of "memory <KiB>" (the program's peak), "level <node> <number>" (a panel's
 // data/command line), "transfer <node> <bytes>" (one SPI transfer, the bytes as they are) and
-// "ended <wait status>" (the command line that was handed to the shell last).
+// "ended <command line>" (one that was handed to the shell).
 constexpr const char record_path[] = "/.simulator/record";
 
 // Stands before the records of a thread that is not its process's first.

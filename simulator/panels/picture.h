@@ -15,6 +15,9 @@ struct picture {
     bool operator==(const picture &) const = default;
 };
 
+// The picture as the bytes of a PNG file. Throws std::runtime_error when that fails.
+std::vector<uint8_t> png_of(const picture &content);
+
 // Writes a PNG file. Throws std::runtime_error when that fails.
 void write_png(const std::filesystem::path &path, const picture &content);
 

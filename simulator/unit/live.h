@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/unit/description.h"
 #include "simulator/unit/supplies.h"
 #include "simulator/unit/unit.h"
 

@@ -20,6 +20,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char refused_to_user[] =
+    "namespaces are refused here; root may use them, or they are allowed to all by "
+    "sysctl kernel.unprivileged_userns_clone=1 (or user.max_user_namespaces=10000)";
+constexpr const char refused_to_root[] =
+    "namespaces are refused here, also to root; a container allows them with the capability "
+    "SYS_ADMIN and without its seccomp and AppArmor profiles";
+
 void write_text(const char *path, const std::string &text) {
     const renewer::owned_descriptor file(open(path, O_WRONLY | O_CLOEXEC));
     if (!file || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
@@ -50,15 +57,20 @@ void refuse(const std::string &what) {
 void enter_namespaces(int further_flags) {
     const uid_t user = getuid();
     const gid_t group = getgid();
-    if (unshare(CLONE_NEWUSER | CLONE_NEWNS | further_flags) != 0) {
-        refuse("this system does not allow user namespaces");
+    const bool own_users = unshare(CLONE_NEWUSER | CLONE_NEWNS | further_flags) == 0;
+    // Where user namespaces are refused (a chroot, a container's profile), root may do without.
+    if (!own_users && (user != 0 || unshare(CLONE_NEWNS | further_flags) != 0)) {
+        refuse(user == 0 ? refused_to_root : refused_to_user);
     }
-    // An ordinary user may map only the own numbers, and only with setgroups denied.
-    write_text("/proc/self/setgroups", "deny");
-    write_text("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
-    write_text("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
+    if (own_users) {
+        // An ordinary user may map only the own numbers, and only with setgroups denied.
+        write_text("/proc/self/setgroups", "deny");
+        write_text("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
+        write_text("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
+    }
     if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-        refuse("private mounts");
+        refuse("mounts of its own are refused here (the root of a chroot has to be a mount point: "
+               "mount --bind DIR DIR)");
     }
 }
 

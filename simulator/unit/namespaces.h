@@ -7,8 +7,9 @@
 namespace simulator {
 
 // Moves this process, which must have one thread, into new user and mount namespaces and into the
-// others that `further_flags` names (CLONE_NEWPID and so on), as their root. Mounts made from then
-// on are seen by this process and its children only.
+// others that `further_flags` names (CLONE_NEWPID and so on), as their root; root does without a
+// user namespace where those are refused. Mounts made from then on are seen by this process and its
+// children only.
 void enter_namespaces(int further_flags);
 
 // Shows a file or directory of the desk at the same path below `root`; a link is copied as a link,

@@ -96,7 +96,7 @@ void observation::note_record(std::string_view record) {
         const auto [node, bytes] = first_word(rest);
         take_transfer(node, bytes);
     } else if (name == "ended") {
-        take_command_end();
+        take_command_end(rest);
     } else if (const auto kind = kind_named(name)) {
         note(*kind, text, background);
         if (*kind == event_kind::led) {
@@ -105,12 +105,12 @@ void observation::note_record(std::string_view record) {
     }
 }
 
-// Command lines follow one another, but that of an alarm's handler runs within another.
-void observation::take_command_end() {
+void observation::take_command_end(std::string_view command) {
     for (size_t number = result.events.size(); number-- > 0;) {
-        const event &command = result.events[number];
-        if (command.kind == event_kind::shell && !result.durations.contains(number)) {
-            result.durations[number] = now() - command.at;
+        const event &begun = result.events[number];
+        if (begun.kind == event_kind::shell && begun.text == command &&
+            !result.durations.contains(number)) {
+            result.durations[number] = now() - begun.at;
             return;
         }
     }

@@ -151,6 +151,22 @@ unit &unit::usb_mode(std::string_view text) {
     return supply(usb_mode_of(text));
 }
 
+unit &unit::started_on(const outcome &left) {
+    plan->tree_changes.push_back([tree = left.tree](const fs::path &root) {
+        for (const char *storage : {"data", "firmware", "media", "mnt", "reserve", "update"}) {
+            fs::remove_all(root / storage);
+            fs::copy(*tree / storage, root / storage,
+                     fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+        }
+    });
+    return *this;
+}
+
+unit &unit::before_start(std::function<void(const fs::path &)> look) {
+    plan->tree_changes.push_back(std::move(look));
+    return *this;
+}
+
 unit &unit::with_prompt_pictures() {
     plan->tree_changes.push_back([](const fs::path &root) {
         fs::copy(SIMULATOR_PICTURES, below(root, "/reserve/update"),

@@ -24,7 +24,7 @@
 //
 // The program sees the absolute paths of a unit, a shell with the usual commands, and devices that
 // answer; it can neither see nor change anything outside, and nothing of it goes on running after
-// `run` has returned. Needs user namespaces, not root.
+// `run` has returned. Needs user namespaces, or root.
 namespace simulator {
 
 // Event codes of the front-panel keys.
@@ -57,6 +57,11 @@ public:
     unit &package(const std::filesystem::path &file, bool with_header = true);
     // The update comes unpacked, as this directory of the desk.
     unit &unpacked_package(const std::filesystem::path &directory);
+
+    // What an earlier run has left in the unit's storage; all that a start makes anew is anew.
+    unit &started_on(const outcome &left);
+    // Called with the unit's tree when all that is described is in it, before the run.
+    unit &before_start(std::function<void(const std::filesystem::path &)> look);
 
     // Supplies. The defaults are a full battery and an external 12 V supply.
     unit &supply(const struct supply_file &measured); // see supplies.h
