@@ -50,8 +50,8 @@ nlohmann::ordered_json checked_header(const fs::path &path) {
     const std::string verdict = without_line_end(check.output);
     if (check.status != 0) {
         const std::string said = verdict.substr(std::min(verdict.size(), path.string().size() + 2));
-        if (check.status == 1) {
-            throw package_refused(said);
+        if (check.status == 1) { // "refused: ..."
+            throw package_refused(said.substr(std::min(said.size(), said.find(": ") + 2)));
         }
         throw std::runtime_error(path.string() + ": " + said);
     }

@@ -117,8 +117,6 @@ bool take_limit(run_reading &run, std::string_view rest) {
 }
 
 bool take_attempt(run_reading &run, std::string_view) {
-    // After a success there is no other attempt: that one was the answer to the time-out.
-    run.overran = run.overran || (!run.statuses.empty() && run.statuses.back() == 0);
     run.reached = ++run.attempts == 1 ? stage::script_started : stage::script_started_again;
     run.script_runs = true;
     return true;

@@ -1,5 +1,7 @@
 #include "simulator/desk/unit_description.h"
 
+#include "simulator/unit/description.h"
+
 #include <cctype>
 #include <fstream>
 #include <iterator>
@@ -11,6 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr int unit_frames = 129;  // of the animation, 0 to 128
 constexpr size_t longest_pn = 69; // of the host record's 70 characters the last ends the text
 
 void put(unit &it, const unit_file &file) {
@@ -33,9 +36,23 @@ void put(unit &it, const unit_file &file) {
     }
 }
 
+// The desk draws one turn of the animation; a unit has 129 frames.
+void repeat_frames(const fs::path &tree) {
+    const auto frame = [&](int number) {
+        return below(tree, "/reserve/update/updating_" + std::to_string(number) + ".bmp");
+    };
+    int turn = 0;
+    while (fs::exists(frame(turn))) {
+        ++turn;
+    }
+    for (int number = turn; turn > 0 && number < unit_frames; ++number) {
+        fs::create_hard_link(frame(number % turn), frame(number));
+    }
+}
+
 void put_pictures(unit &it, const std::string &which) {
     if (which == "usual") {
-        it.with_prompt_pictures();
+        it.with_prompt_pictures().before_start(repeat_frames);
     } else if (which != "none") {
         for (const auto &entry : fs::directory_iterator(which)) {
             put(it, {"/reserve/update/" + entry.path().filename().string(), unit_file::kind::copy,
@@ -71,6 +88,10 @@ bool has_screen(const unit_description &described) {
     return model_of(described) == "16";
 }
 
+key power_key_of(const unit_description &described) {
+    return has_screen(described) ? key::power : key::right;
+}
+
 std::string pn_of_model(std::string_view model) {
     const std::string two(model == "led" ? "13" : model == "screen" ? "16" : model);
     if (two.size() != 2) {
@@ -99,12 +120,15 @@ void describe(unit &it, const unit_description &described) {
     put_supply(it, described.battery, 1, &unit::battery_volts);
     put_supply(it, described.external, 2, &unit::external_volts);
     put_supply(it, described.type_c, 3, &unit::type_c_volts);
-    put_pictures(it, described.prompt_pictures);
+    if (has_screen(described)) {
+        put_pictures(it, described.prompt_pictures);
+    }
     for (const unit_file &file : described.files) {
         put(it, file);
     }
     for (const key_press &pressed : described.keys) {
-        it.press(pressed.which, pressed.when, pressed.hold);
+        it.press(pressed.which == key::power ? power_key_of(described) : pressed.which,
+                 pressed.when, pressed.hold);
     }
     if (described.acknowledged_after) {
         it.acknowledge_end(*described.acknowledged_after);

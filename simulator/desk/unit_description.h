@@ -51,6 +51,9 @@ struct unit_description {
 std::string model_of(const unit_description &described);
 bool has_screen(const unit_description &described);
 
+// The key that the unit's power key reports itself as: "right" on the panel with LEDs.
+key power_key_of(const unit_description &described);
+
 // The PN of a model: "led", "screen", or PN characters 2 and 3 themselves. Throws
 // std::invalid_argument for other texts.
 std::string pn_of_model(std::string_view model);

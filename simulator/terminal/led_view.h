@@ -1,10 +1,9 @@
 #pragma once
 
-#include "simulator/demo/front_panel.h"
+#include "simulator/terminal/panel_view.h"
 
 #include <array>
 #include <map>
-#include <string>
 
 namespace simulator {
 
@@ -14,15 +13,13 @@ class led_view : public panel_view {
 public:
     using panel_view::take;
     bool take(const event &happened) override;
-    std::string told(unit_time now) override;
-    std::string drawn(int columns, int rows) const override;
+    std::string told(const event &happened) override;
+    std::string drawn(const drawing_room &room) const override;
 
 private:
-    std::string pattern(bool coloured) const;
-
     std::map<std::string, bool> lit;
     held_key key;
-    unit_time changed{};                 // when an LED was last switched
+    bool by_background = false;          // which thread has switched an LED last
     std::array<std::string, 2> patterns; // that were told last
 };
 

@@ -1,6 +1,6 @@
-#include "simulator/demo/screen_view.h"
+#include "simulator/terminal/screen_view.h"
 
-#include "simulator/demo/time_line.h"
+#include "simulator/terminal/time_line.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +14,7 @@ namespace {
 
 constexpr int frame_columns = 2; // what is drawn around the picture
 constexpr int frame_rows = 3;    // two rules and the line of the key
-constexpr int least_columns = 20;
+constexpr int least_columns = 18;
 
 fs::path file_of(size_t number) {
     std::array<char, 32> name;
@@ -76,19 +76,32 @@ std::string line_of_blocks(const picture &whole, int line, int width, int height
     return text + "\033[0m";
 }
 
+// Without colours: the lighter, the fuller.
+std::string line_of_characters(const picture &whole, int line, int width, int height) {
+    constexpr std::string_view shades = " .:-=+*#%@";
+    std::string text;
+    for (int x = 0; x < width; ++x) {
+        const colour upper = mean(whole, x, 2 * line, width, height);
+        const colour lower = mean(whole, x, 2 * line + 1, width, height);
+        const int light =
+            (upper[0] + lower[0]) * 3 + (upper[1] + lower[1]) * 6 + upper[2] + lower[2];
+        text += shades[static_cast<size_t>(light) * (shades.size() - 1) / (255 * 20)];
+    }
+    return text;
+}
+
 } // namespace
 
 screen_view::screen_view(const fs::path &picture_directory, const picture &dark)
     : directory(picture_directory), now_seen(dark) {
-    fs::create_directories(directory);
-    for (size_t number = 0; fs::remove(directory / file_of(number)); ++number) {
+    if (!directory.empty()) {
+        fs::create_directories(directory);
+        for (size_t number = 0; fs::remove(directory / file_of(number)); ++number) {
+        }
     }
 }
 
 bool screen_view::take(const event &happened) {
-    if (happened.kind == event_kind::screen) {
-        changed = happened.at;
-    }
     return key.take(happened);
 }
 
@@ -96,34 +109,37 @@ bool screen_view::take(const picture &seen) {
     now_seen = seen;
     if (std::ranges::find(known, seen) == known.end()) {
         untold = file_of(known.size());
-        write_png(directory / untold, seen);
+        if (!directory.empty()) {
+            write_png(directory / untold, seen);
+        }
         known.push_back(seen);
     }
     return true;
 }
 
-std::string screen_view::told(unit_time) {
+std::string screen_view::told(const event &happened) {
     if (untold.empty()) {
         return {};
     }
-    const std::string line = line_begin(changed, "screen") + untold + "\n";
+    const std::string line = line_begin(happened.at, "screen") + untold + "\n";
     untold.clear();
     return line;
 }
 
-std::string screen_view::drawn(int columns, int rows) const {
+std::string screen_view::drawn(const drawing_room &room) const {
     // Pixels are square: two of them, one above the other, in a cell twice as high as wide. One row
     // of the terminal stays for the time line and one for the cursor.
-    const int widest = (rows - frame_rows - 2) * 2 * now_seen.width / now_seen.height;
-    const int width = std::max(std::min({columns - frame_columns, widest, now_seen.width}),
+    const int widest = (room.rows - frame_rows - 2) * 2 * now_seen.width / now_seen.height;
+    const int width = std::max(std::min({room.columns - frame_columns, widest, now_seen.width}),
                                std::min(least_columns, now_seen.width));
     const int lines = std::max(width * now_seen.height / now_seen.width / 2, 1);
+    const auto line_of = room.colours ? line_of_blocks : line_of_characters;
     const std::string rule = "+" + std::string(static_cast<size_t>(width), '-') + "+\n";
     std::string drawing = rule;
     for (int line = 0; line < lines; ++line) {
-        drawing += "|" + line_of_blocks(now_seen, line, width, 2 * lines) + "|\n";
+        drawing += "|" + line_of(now_seen, line, width, 2 * lines) + "|\n";
     }
-    return drawing + rule + "  key: " + key.name() + "\n";
+    return drawing + rule + "  key: " + (key.name().empty() ? "none" : key.name()) + "\n";
 }
 
 } // namespace simulator

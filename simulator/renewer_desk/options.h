@@ -1,0 +1,12 @@
+#pragma once
+
+#include "simulator/renewer_desk/commands.h"
+
+#include <CLI/CLI.hpp>
+
+namespace simulator {
+
+// Lets a command take the options of help/options.txt. `options` stands for as long as the command.
+void add_run_options(CLI::App &command, run_options &options);
+
+} // namespace simulator

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/owner.h"
+#include "simulator/unit/live.h"
+
+#include <termios.h>
+#include <thread>
+
+namespace simulator {
+
+// The keyboard of a terminal as the keys of a running unit: the arrows, Enter for ok, Esc, and p
+// for the power key. A terminal does not tell when a key is let go, so each is a short press.
+class live_keys {
+public:
+    // Takes standard input, when it is a terminal in whose foreground this process runs, until the
+    // end of the scope. `power` is the panel's power key.
+    live_keys(live_hand &acting, key power);
+    ~live_keys();
+    live_keys(const live_keys &) = delete;
+    live_keys &operator=(const live_keys &) = delete;
+
+    bool taken() const { return reader.joinable(); }
+
+private:
+    void read_keys();
+    void press(key which);
+
+    live_hand &hand;
+    key power_key;
+    termios before = {};
+    renewer::owned_descriptor end_request, end_awaited; // a pipe
+    std::thread reader;
+};
+
+} // namespace simulator
