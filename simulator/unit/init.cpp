@@ -53,13 +53,25 @@ void be_careless() {
 }
 
 // How the desk takes signals is its own.
-void be_as_started_afresh() {
-    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
-        signal(number, SIG_DFL);
-    }
+void be_as_started_afresh(sighandler_t on_term = SIG_DFL) {
+    signal(SIGHUP, SIG_DFL);
+    signal(SIGINT, SIG_DFL);
+    signal(SIGTERM, on_term);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+// Forks with every signal held back in the child, so that none is lost before it is ready for it.
+pid_t fork_unsignalled() {
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const pid_t child = fork();
+    if (child != 0) {
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    }
+    return child;
 }
 
 // Runs `command` in a child with these descriptors as its standard input, output and error.
@@ -155,7 +167,7 @@ void end_first_process(int) {
 
 pid_t start_unit(const boot &how) {
     const pid_t desk = getpid();
-    const pid_t outer = fork();
+    const pid_t outer = fork_unsignalled();
     if (outer != 0) {
         return outer;
     }
@@ -164,14 +176,14 @@ pid_t start_unit(const boot &how) {
         _exit(0);
     }
     setpgid(0, 0); // a key press of the desk's user that interrupts is the desk's to handle
-    be_as_started_afresh();
     // A process that enters a pid namespace stays outside; its next child is the first in it.
     enter_namespaces(CLONE_NEWPID | CLONE_NEWIPC | CLONE_NEWNET | CLONE_NEWUTS);
     first_process = fork();
     if (first_process == 0) {
+        be_as_started_afresh();
         be_first_process(how);
     }
-    signal(SIGTERM, end_first_process); // until then it ends this process, and the unit with it
+    be_as_started_afresh(end_first_process);
     close(how.result);
     waitpid(first_process, nullptr, 0);
     _exit(0);
