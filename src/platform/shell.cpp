@@ -63,11 +63,6 @@ int shell(const char *command) {
     return system_with_patience(command);
 }
 
-bool shell_came_to_run(int status) {
-    return status != -1 && !(WIFEXITED(status) && (WEXITSTATUS(status) == exit_not_executable ||
-                                                   WEXITSTATUS(status) == exit_not_found));
-}
-
 owned_memory<char> shell_word(const char *text) {
     // Each ' becomes '\'' (POSIX shell, quoting): four bytes at the most, and the outer pair.
     owned_memory<char> word(static_cast<char *>(malloc(4 * strlen(text) + 3)));

@@ -21,10 +21,6 @@ int shell(const char *command);
 // parent's.
 int system_with_patience(const char *command);
 
-// Whether a status of `shell` is one of a command that ran: not of one that the shell could not
-// find or execute, nor of a shell that could not be started.
-bool shell_came_to_run(int status);
-
 // Returns `text` in the form in which the shell takes it as one word: as it stands when it holds
 // nothing that the shell treats specially, in single quotes otherwise. Empty when there is no
 // memory for it.

@@ -17,6 +17,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/reboot.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace renewer {
@@ -142,12 +143,17 @@ void outlive_shutdown() {
     sigaction(SIGINT, &action, nullptr);
 }
 
+// A command that an end of all processes took away along with its shell is at work.
+bool was_refused(int status) {
+    return status == -1 || (WIFEXITED(status) && WEXITSTATUS(status) != 0);
+}
+
 [[noreturn]] void reboot_unit() {
     outlive_shutdown();
     shell("/etc/init.d/rc.stop");
     shell("/etc/init.d/umount_all");
     shell("sync");
-    if (!shell_came_to_run(shell("reboot"))) {
+    if (was_refused(shell("reboot"))) {
         sync();
         reboot(RB_AUTOBOOT);
     }

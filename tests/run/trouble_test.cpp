@@ -89,6 +89,12 @@ TEST(trouble, shell_that_cannot_be_started_is_tried_again_and_done_without) {
     }
 }
 
+TEST(trouble, refused_reboot_is_asked_of_the_kernel) {
+    const outcome end =
+        usual_unit().file("/.simulator/bin/reboot", "#!/bin/sh\nexit 1\n", 0755).run(no_questions);
+    EXPECT_TRUE(end.transcript({event_kind::call}).ends_with("call reboot by the kernel\n"));
+}
+
 TEST(trouble, missing_leds_are_reported_and_passed_over) {
     const outcome end = usual_unit().without("/sys/class/leds").run(no_questions);
     EXPECT_TRUE(end.has("err open: No such file or directory"));
