@@ -40,7 +40,6 @@ REFUSED = dict(leaves=[], ends="power off, status 0")
 CANCELLED = dict(leaves=["/tmp/update_over"], ends="power off, status 0")
 
 FLASHES = ["2 x 1.0 SGTP, 1.0 S", "1.0 SGTP"]
-BUILT_IN = ["9.0 updating_bmp", "3.1 update_success_bmp"]
 
 SCENARIOS = {
     "led_confirmed": dict(
@@ -57,9 +56,10 @@ SCENARIOS = {
         ["0.3 S", "0.6 SGTRCP", "47 x 0.3 S, 0.3 SGTRCP", "0.3 S"] + FLASHES + ["5.0 S"]),
     "led_script_hangs": dict(
         model="13", arguments="0 /firmware/update 13",
-        tree={"/firmware/update/install.sh": "#!/bin/sh\necho begun\nsleep 1000\n"},
+        tree={"/firmware/update/install.sh":
+              "#!/bin/sh\necho begun\nwhile :; do sleep 0.1; done\n"},
         runs=APPLICATION + COPY + 2 * (SCRIPT + ["killall install.sh"]) + FLAG + REMOVAL + OVER + REBOOT,
-        shows=["126 x 0.5 SC, 0.5 SP"] + FLASHES + ["7.0 S"], log="begun\n",
+        shows=["120 x 0.5 SC, 0.5 SP"] + FLASHES + ["7.0 S"], log="begun\n",
         leaves=sorted(COPIED + REMOVED), ends="reboot, status 1",
         spans=["60.0 sh -c /firmware/install.sh > sh -c killall install.sh"]),
     "led_other_part_number": dict(
@@ -67,7 +67,7 @@ SCENARIOS = {
     "led_path_refused": dict(
         model="13", arguments="1 /mnt/update 34", runs=OVER, shows=[], **REFUSED),
     "lcd_confirmed": dict(
-        model="16", arguments=f"1 {STICK} 34", prompt_pictures=True,
+        model="16", arguments=f"1 {STICK} 34", prompt_pictures=True, program="/usr/sbin/renewer",
         story=[(1500, "screen picture 0", "press 2")], runs=APPLICATION + LCD_ON + INSTALLED,
         shows=["1.5 confirm"] + [f"1.0 updating_{i}" for i in range(10)] + ["3.1 success"], **DONE),
     "lcd_declined": dict(

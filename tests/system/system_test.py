@@ -128,7 +128,7 @@ def play(machine, name, pictures):
         for path in glob.glob(f"{PROMPT_PICTURES}/*.bmp"):
             with open(path, "rb") as file:
                 tree[f"/reserve/update/{os.path.basename(path)}"] = file.read()
-    program = scenario.get("program", "/usr/sbin/renewer")
+    program = scenario.get("program", "/data/sbin/renewer")
     tree["/etc/story"] = story(f"{program} {scenario['arguments']}",
                                scenario.get("story", []) + [ACKNOWLEDGED])
     console, files = machine.play(name, archive_of(tree))
