@@ -87,7 +87,7 @@ constexpr const char replaced_whole[] = "flush /data/sbin/renewer.new\n"
 constexpr const char half_a_copy[] = "#!/bin/sh\nhead -c 5000 \"$1\" > \"$2\"; exit 1\n";
 
 TEST(self_copy, both_are_the_new_updater_or_what_they_were) {
-    const size_t busy = fs::file_size("/bin/sleep") / 1024;
+    const size_t busy = get_file("/bin/sleep").size() / 1024;
     const struct {
         const char *what;
         size_t disk; // in KiB, also all below

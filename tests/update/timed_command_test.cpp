@@ -5,8 +5,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <csignal>
-#include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <poll.h>
@@ -72,6 +70,19 @@ TEST(timed_command, command_that_asks_gets_no_answer) {
     put_file("/tmp/answers", "answer\n");
     ASSERT_NE(freopen("/tmp/answers", "r", stdin), nullptr);
     EXPECT_EQ(fork_exec_timeout("read answer", "none", no_limit, 1), 1 << 8);
+}
+
+TEST(timed_command, what_a_failed_attempt_leaves_is_ended_without_waiting_where_proc_is_missing) {
+    int held[2]; // by all that runs
+    ASSERT_EQ(pipe(held), 0);
+    ASSERT_EQ(mount("nothing", "/proc", "tmpfs", 0, ""), 0);
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(fork_exec_timeout("sleep 100 & exit 3", "none", no_limit, 1), 3 << 8);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(10));
+    umount("/proc");
+    close(held[1]);
+    pollfd all_ended = {held[0], POLLIN, 0};
+    EXPECT_EQ(poll(&all_ended, 1, 10'000), 1);
 }
 
 TEST(timed_command, buffered_output_is_written_once) {
