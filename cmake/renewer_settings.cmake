@@ -63,6 +63,10 @@ endfunction()
 function(renewer_shipping_options target)
   target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti
                          -ffunction-sections -fdata-sections)
+  # Threads of small C libraries have 128 KiB of stack; sanitizers make frames larger.
+  if(NOT RENEWER_ASAN AND NOT RENEWER_TSAN)
+    target_compile_options(${target} PRIVATE -Wframe-larger-than=32768)
+  endif()
 endfunction()
 
 # A program that ships: nothing in it that is not used, and no library that it does not need.
