@@ -1,19 +1,29 @@
 #!/bin/bash
-# The example of the format's document, made anew. Arguments: the document, the program.
+# The commands of a document's section, run, and what it shows of their output. Arguments: the
+# document, the section's heading, the program.
 set -eu
 document=$1
-PATH=$(dirname "$2"):$PATH
+heading=$2
+PATH=$(dirname "$3"):$PATH
 export PATH
 
 here=$(mktemp -d)
 trap 'rm -rf "$here"' EXIT
 cd "$here"
+printf 'true\n' >install.sh
+printf 'updater\n' >renewer.bin
 
-# The commands are the indented lines, the bytes those between the fences.
-sed -n '/^## An example/,$ s/^    //p' "$document" >commands.sh
+# The commands are the indented lines up to the next section, what they print is between fences
+# without a language. The last part of the how-to's section is of examples alone.
+sed -n "/^$heading\$/,/^## [^#]/p" "$document" |
+    sed -e '/^### In a script/,$d' -e '/^```cpp$/,/^```$/d' >section
+[ -s section ]
+sed -n 's/^    //p' section >commands.sh
+bash -eu commands.sh >output 2>&1 || { cat output; exit 1; }
 # shellcheck disable=SC2016
-sed -n '/^## An example/,$ { /^```$/,/^```$/ { /^```$/d; p } }' "$document" >wanted
-bash -eu commands.sh >output
-od -A d -t x1z -v example.bin >made
+sed -n '/^```$/,/^```$/ { /^```$/d; p }' section >wanted
+[ ! -f example.bin ] || od -A d -t x1z -v example.bin >>output
 [ -s wanted ]
-diff wanted made
+while read -r line; do
+    grep -qxF -- "$line" output || { echo "not printed: $line"; exit 1; }
+done <wanted
