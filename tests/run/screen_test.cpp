@@ -257,7 +257,8 @@ TEST(screen, supplies_decide_whether_the_update_may_begin) {
         int percent;
         bool allowed;
     } cases[] = {
-        {"27 %", supplied(741, 0, 0), "", false, false, 27, false},
+        {"27 %", screen_unit().adc(1, "741\n").without_external_power(), "", false, false, 27,
+         false},
         {"30 %", supplied(742, 0, 0), "", false, false, 30, true},
         {"DC", supplied(0, 188, 0), "", true, false, 0, true},
         {"too little of either", supplied(741, 187, 255), "", false, false, 27, false},
