@@ -71,6 +71,9 @@ TEST(signature, holds_for_what_was_signed_and_nothing_else) {
     EXPECT_EQ(check_signature("/tmp/none", "/tmp/file.minisig", "/tmp/key", nullptr), 0);
     EXPECT_EQ(check_signature("/tmp/file", "/tmp/none", "/tmp/key", nullptr), 0);
     EXPECT_EQ(check_signature("/tmp/file", nullptr, nullptr, nullptr), 0);
+    signature_report report;
+    check_signature("/tmp", "/tmp/file.minisig", "/tmp/key", &report);
+    EXPECT_EQ(report.fault, file_unreadable);
     EXPECT_EQ(check_signature(nullptr, nullptr, "/tmp/key", nullptr), 0);
 }
 
