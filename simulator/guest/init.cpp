@@ -1,6 +1,7 @@
 // The first process of a unit that is played on a kernel of its own: makes the devices that the
 // machine has not got, tells what happens, plays the user and the rest of the unit from
-// "/etc/story", and hands everything over when the unit reboots.
+// "/etc/story", and hands everything over when the unit reboots. The scripts
+// "/etc/storage" and "/etc/after", where there are such, run before the story and after it.
 
 #include "platform/owner.h"
 #include "simulator/guest/story.h"
@@ -56,6 +57,7 @@ void set_up() {
     run("while read module; do insmod /lib/modules/$module; done < /etc/modules");
     mount_all(stand_ins);
     run("cp -a /unit/. /");
+    run("[ ! -e /etc/storage ] || sh /etc/storage");
 }
 
 // Ahead of every other process; what it starts is as usual.
@@ -83,7 +85,8 @@ int main(int, char **arguments) {
         set_up();
         look_first();
         how = play_story("/etc/story", "/result") == ending::reboot ? RB_AUTOBOOT : RB_POWER_OFF;
-        run("tar c -C / result data firmware reserve update tmp > /dev/vport0p1");
+        run("[ ! -e /etc/after ] || sh /etc/after");
+        run("tar c -C / result data firmware reserve update tmp > $(ls /dev/vport*)");
     } catch (const std::exception &failure) {
         fprintf(stderr, "init: %s\n", failure.what());
     }

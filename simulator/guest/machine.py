@@ -19,7 +19,7 @@ C_LIBRARY = "/usr/arm-linux-gnueabihf/lib"
 LEDS = ["Light_Static_Data", "Light_Gps", "Light_Data_Se", "Light_Data_Re", "Light_Charge",
         "Light_Power", "Oled_Power", "Oled_Rst"]  # on the lines of the machine's GPIO controller
 QEMU = ["qemu-system-arm", "-M", "virt", "-cpu", "cortex-a15", "-m", "192", "-nic", "none"]
-LONGEST_RUN_S = 240
+LONGEST_RUN_S = 1500
 
 
 def run(command, **how):
@@ -96,9 +96,9 @@ class Archive:
 
 class Machine:
     """The machine, set up in a folder that keeps what was downloaded. `build` holds the programs
-    for the unit."""
+    for the unit; `modules` are further ones of the kernel's, `own_modules` files."""
 
-    def __init__(self, folder, build, modules=()):
+    def __init__(self, folder, build, modules=(), own_modules=()):
         self.folder = folder = os.path.abspath(folder)
         os.makedirs(folder, exist_ok=True)
         with open(f"{folder}/.lock", "w") as lock:
@@ -106,9 +106,9 @@ class Machine:
             unpack([kernel_package()] + PACKAGES, f"{folder}/packages")
             device_tree(f"{folder}/machine.dtb")
         self.kernel = glob.glob(f"{folder}/packages/boot/vmlinuz-*")[0]
-        self.base = self.base_archive(build, MODULES + list(modules))
+        self.base = self.base_archive(build, MODULES + list(modules), own_modules)
 
-    def base_archive(self, build, modules):
+    def base_archive(self, build, modules, own_modules):
         packages = f"{self.folder}/packages"
         release = os.path.basename(self.kernel).removeprefix("vmlinuz-")
         archive = Archive()
@@ -123,16 +123,17 @@ class Machine:
         archive.link("/bin/sh", "busybox")
         for name in ["ld-linux-armhf.so.3", "libc.so.6"]:
             archive.copy(f"/lib/{name}", f"{C_LIBRARY}/{name}")
-        self.add_modules(archive, packages, release, modules)
+        self.add_modules(archive, packages, release, modules, own_modules)
         return archive.finish()
 
-    def add_modules(self, archive, packages, release, modules):
+    def add_modules(self, archive, packages, release, modules, own_modules):
         run(["depmod", "-b", packages, release], stderr=subprocess.DEVNULL)
         needed = run(["modprobe", "-d", packages, "-S", release, "-a", "--show-depends"] + modules)
         files = dict.fromkeys(re.findall(rf"insmod {packages}/(\S+)", needed))
-        for path in files:
-            archive.copy("/lib/modules/" + os.path.basename(path), f"{packages}/{path}", 0o644)
-        archive.file("/etc/modules", "".join(os.path.basename(path) + "\n" for path in files))
+        paths = [f"{packages}/{path}" for path in files] + list(own_modules)
+        for path in paths:
+            archive.copy("/lib/modules/" + os.path.basename(path), path, 0o644)
+        archive.file("/etc/modules", "".join(os.path.basename(path) + "\n" for path in paths))
 
     def play(self, name, archive, options=()):
         """Runs the machine with a further archive until it ends. Returns the lines of its console
