@@ -20,13 +20,6 @@ void request_stop(int) {
     stop_requested = true;
 }
 
-void take_signals() {
-    for (const int end : {SIGINT, SIGTERM, SIGHUP}) {
-        signal(end, request_stop);
-    }
-    signal(SIGPIPE, SIG_IGN); // the unit must be put away first
-}
-
 std::unique_ptr<panel_view> view_of(const performance &playing, const run_options &options) {
     if (!playing.offer) {
         return std::make_unique<screen_view>(options.pictures, ssd1327_panel().seen());
@@ -81,12 +74,18 @@ told_run run_in(unit &it, const performance &playing, front_panel &panel, key po
 
 } // namespace
 
+void take_signals() {
+    for (const int end : {SIGINT, SIGTERM, SIGHUP}) {
+        signal(end, request_stop);
+    }
+    signal(SIGPIPE, SIG_IGN); // the unit must be put away first
+}
+
 bool end_is_requested() {
     return stop_requested;
 }
 
 run_story play(const performance &playing, const run_options &options) {
-    take_signals();
     run_story story;
     story.described = playing.described;
     story.offer = playing.offer;

@@ -20,6 +20,9 @@ struct performance {
 // verdict on the last run.
 run_story play(const performance &playing, const run_options &options);
 
+// From now on signals ask for an end, so that everything is put away before it.
+void take_signals();
+
 // Whether the user of the desk has asked for an end (SIGINT, SIGTERM, SIGHUP, or nobody reads on).
 bool end_is_requested();
 

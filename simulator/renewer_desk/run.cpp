@@ -73,6 +73,12 @@ unit_description described_by(const run_options &options) {
     return described;
 }
 
+void tell_command(performance &playing) {
+    for (const std::string &argument : playing.arguments) {
+        playing.told += " " + argument;
+    }
+}
+
 // No unit is described where no update is run.
 void refuse_for_oled(const run_options &options) {
     if (!options.changes.empty() || !options.unit_file.empty() || !options.answer.empty() ||
@@ -91,6 +97,7 @@ performance oled_example() {
     playing.arguments = {"/dev/spidev0.0", "/reserve/battery.bmp", "60"};
     playing.told = "A unit with a grey OLED; a program draws on it through the display "
                    "middleware.\nrenewer-oled-status";
+    tell_command(playing);
     return playing;
 }
 
@@ -110,6 +117,7 @@ performance update_of(const run_options &options, const desk_directory &desk) {
     playing.told = std::string("A unit with ") +
                    (has_screen(playing.described) ? "a colour LCD" : "LEDs") +
                    "; its application has unpacked a package into /firmware/update.\nrenewer";
+    tell_command(playing);
     return playing;
 }
 
@@ -152,6 +160,10 @@ int judged(const run_story &story, const std::string &expected) {
 }
 
 int conclude(const run_story &story, const run_options &options) {
+    if (end_is_requested()) {
+        printf("INTERRUPTED\n");
+        return interrupted;
+    }
     if (!options.report.empty() || !options.json.empty()) {
         const nlohmann::ordered_json data = data_of(story);
         write_file(options.json,
@@ -164,10 +176,6 @@ int conclude(const run_story &story, const run_options &options) {
     if (!story.runs.empty()) {
         printf("\nPeak memory of the program: %ld KiB\n", story.runs.back().end.peak_memory_kib);
     }
-    if (end_is_requested()) {
-        printf("INTERRUPTED\n");
-        return interrupted;
-    }
     printf("%s\n", story.result.line().c_str());
     return judged(story, options.expected);
 }
@@ -175,6 +183,7 @@ int conclude(const run_story &story, const run_options &options) {
 } // namespace
 
 int run(const run_options &options) {
+    take_signals();
     const desk_directory desk;
     if (options.oled) {
         refuse_for_oled(options);
@@ -189,6 +198,10 @@ int run(const run_options &options) {
     } catch (const package_refused &why) {
         story.described = described_by(options);
         story.result = refused_package(why.what());
+    } catch (const std::exception &) {
+        if (!end_is_requested()) {
+            throw;
+        }
     }
     return conclude(story, options);
 }

@@ -77,13 +77,29 @@ private:
     }
 };
 
-TEST(renewer_desk, judges_runs_in_its_last_line_and_its_exit_status) {
+// A command line, its exit status, and how its last line begins.
+struct row {
+    std::string command;
+    int status;
+    const char *last_line;
+};
+
+void expect_rows(std::initializer_list<row> rows) {
     const work_directory work;
-    const struct {
-        std::string command;
-        int status;
-        const char *last_line;
-    } cases[] = {
+    for (const auto &[command, status, last_line] : rows) {
+        const bool timed = command.starts_with("timeout");
+        const ended end =
+            timed ? run_command("cd '" + work.path.string() + "' && TMPDIR='" + work.path.string() +
+                                "/tmp' " + command + " " DESK " demo")
+                  : work.desk(command);
+        EXPECT_EQ(end.status, status) << command << "\n" << end.output;
+        EXPECT_TRUE(end.last_line.starts_with(last_line)) << command << "\n" << end.output;
+        EXPECT_EQ(work.left(), 0) << command;
+    }
+}
+
+TEST(renewer_desk, judges_installs) {
+    expect_rows({
         {"demo --speed 40", 0, "UPDATED"},
         {"run good.bin --speed 40", 0, "UPDATED"},
         {"run unpacked --speed 40", 0, "UPDATED"},
@@ -96,6 +112,11 @@ TEST(renewer_desk, judges_runs_in_its_last_line_and_its_exit_status) {
         {"run good.bin --speed 10 --answer decline --expect declined", 0,
          "DECLINED (the power key was pressed twice)"},
         {"run good.bin --speed 400 --answer none", 1, "DECLINED (nobody answered within 120 s)"},
+    });
+}
+
+TEST(renewer_desk, judges_refusals_and_logs) {
+    expect_rows({
         {"run good.bin --speed 40 --model screen --expect refused", 0,
          "REFUSED (part number: the package is for model 13, this unit is 16)"},
         {"run unpacked --speed 40 --unit " UNITS "/low-battery.yaml", 1,
@@ -114,12 +135,21 @@ TEST(renewer_desk, judges_runs_in_its_last_line_and_its_exit_status) {
          "UPDATED (the application never acknowledged the end)"},
         {"explain log", 0, "CUT (the log stops while starting the update)"},
         {"explain good.sh", 1, "Nothing in it was printed by the updater."},
+    });
+}
+
+TEST(renewer_desk, leaves_nothing_when_it_is_broken_off) {
+    expect_rows({
         {"timeout --preserve-status -s INT 2", 130, "INTERRUPTED"},
         {"run good.bin --speed 40 | head -1", 0, "A unit with LEDs; its application has"},
         {"run nowhere.bin", 3, "renewer-desk: nowhere.bin: cannot be read: No such file"},
         {"run good.bin --speed 40 --report /nowhere/x.html", 3,
          "renewer-desk: /nowhere/x.html: cannot be written"},
-        // Used wrongly.
+    });
+}
+
+TEST(renewer_desk, says_what_would_be_right) {
+    expect_rows({
         {"run", 2, "renewer-desk: PACKAGE is required"},
         {"run good.bin --expect fine", 2,
          "renewer-desk: --expect takes updated, failed, declined, refused, cut, any"},
@@ -133,17 +163,7 @@ TEST(renewer_desk, judges_runs_in_its_last_line_and_its_exit_status) {
          "renewer-desk: --press: \"ok\" is no key press; right would be ok@2s"},
         {"demo --speed 0", 2, "renewer-desk: --speed takes a number from 0.1 to 1000"},
         {"demo more", 2, "renewer-desk: "},
-    };
-    for (const auto &[command, status, last_line] : cases) {
-        const bool timed = command.starts_with("timeout");
-        const ended end =
-            timed ? run_command("cd '" + work.path.string() + "' && TMPDIR='" + work.path.string() +
-                                "/tmp' " + command + " " DESK " demo")
-                  : work.desk(command);
-        EXPECT_EQ(end.status, status) << command << "\n" << end.output;
-        EXPECT_TRUE(end.last_line.starts_with(last_line)) << command << "\n" << end.output;
-        EXPECT_EQ(work.left(), 0) << command;
-    }
+    });
 }
 
 TEST(renewer_desk, tells_the_story_as_data_and_as_a_page) {
