@@ -30,25 +30,21 @@ std::unique_ptr<panel_view> view_of(const performance &playing, const run_option
     return std::make_unique<led_view>();
 }
 
-unit made(const performance &playing, const run_options &options) {
+// The package comes before what the description says of files, which may be of the package. A
+// second start finds what the first has left.
+unit made(const performance &playing, const run_options &options, bool with_package) {
     unit it;
+    if (with_package) {
+        take(it, *playing.offer);
+        if (!playing.script.empty()) {
+            it.install_script(content_of_file(playing.script.string()));
+        }
+    }
     it.clock_speed(options.speed).patience(options.patience).stop_when(stop_requested);
     describe(it, playing.described);
     if (!playing.program.empty()) {
         it.program(playing.program);
     }
-    return it;
-}
-
-// The package comes before what the description says of files, which may be of the package.
-unit made_for_update(const performance &playing, const run_options &options) {
-    unit it;
-    take(it, *playing.offer);
-    if (!playing.script.empty()) {
-        it.install_script(content_of_file(playing.script.string()));
-    }
-    it.clock_speed(options.speed).patience(options.patience).stop_when(stop_requested);
-    describe(it, playing.described);
     return it;
 }
 
@@ -95,13 +91,13 @@ run_story play(const performance &playing, const run_options &options) {
     front_panel panel(*view, showing_here(options.plain, options.verbose));
     const key power = power_key_of(playing.described);
     printf("%s\n", playing.told.c_str());
-    unit first = playing.offer ? made_for_update(playing, options) : made(playing, options);
+    unit first = made(playing, options, playing.offer.has_value());
     story.runs.push_back(run_in(first, playing, panel, power));
     if (story.runs.back().end.power_cut && playing.described.start_again) {
         printf("\nThe power is back; the updater is started on what was left.\n");
         performance again = playing;
         again.described.power_cut.reset();
-        unit second = made(again, options);
+        unit second = made(again, options, false);
         second.started_on(story.runs.back().end);
         story.runs.push_back(run_in(second, again, panel, power));
     }
