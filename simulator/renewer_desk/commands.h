@@ -44,6 +44,9 @@ struct run_options {
 // Runs a package in the unit, or a made-up one, and shows it.
 int run(const run_options &options);
 
+// Serves the unit's front panel as a page, at any free port of 127.0.0.1 when `port` is 0.
+int panel(const run_options &options, int port);
+
 // Says what happened in a run in the field from what it printed. "-" is standard input.
 int explain(const std::filesystem::path &log);
 

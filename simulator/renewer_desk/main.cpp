@@ -28,7 +28,7 @@ void set_help(CLI::App &command, const std::string &text) {
     command.formatter(std::make_shared<given_text>(text));
 }
 
-void take_demo_model(run_options &options, const std::string &model) {
+void take_any_model(run_options &options, const std::string &model) {
     options.oled = model == "oled";
     if (options.oled) {
         return;
@@ -49,7 +49,7 @@ void add_demo(CLI::App &app, std::function<int()> &chosen) {
     add_run_options(*demo, *options);
     demo->remove_option(demo->get_option("--model"));
     demo->add_option_function<std::string>(
-        "--model", [options](const std::string &model) { take_demo_model(*options, model); });
+        "--model", [options](const std::string &model) { take_any_model(*options, model); });
     demo->add_flag_callback("--built-in", [options] {
         options->screen_options.emplace_back("--built-in");
         options->changes.push_back([](unit_description &unit) { unit.prompt_pictures = "none"; });
@@ -70,6 +70,22 @@ void add_run(CLI::App &app, std::function<int()> &chosen) {
     command->callback([=, &chosen] { chosen = [=] { return run(*options); }; });
 }
 
+void add_panel(CLI::App &app, std::function<int()> &chosen) {
+    CLI::App *const command = app.add_subcommand("panel");
+    set_help(*command, panel_help);
+    auto options = std::make_shared<run_options>();
+    options->speed = 1;
+    auto port = std::make_shared<int>(0);
+    command->add_option("PACKAGE", options->package);
+    command->add_option("--port", *port)->check(CLI::Range(0, 65535));
+    add_unit_options(*command, *options);
+    add_speed(*command, *options);
+    command->remove_option(command->get_option("--model"));
+    command->add_option_function<std::string>(
+        "--model", [options](const std::string &model) { take_any_model(*options, model); });
+    command->callback([=, &chosen] { chosen = [=] { return panel(*options, *port); }; });
+}
+
 void add_explain(CLI::App &app, std::function<int()> &chosen) {
     CLI::App *const command = app.add_subcommand("explain");
     set_help(*command, explain_help);
@@ -87,6 +103,7 @@ int main(int argc, char **argv) {
     std::function<int()> chosen;
     add_demo(app, chosen);
     add_run(app, chosen);
+    add_panel(app, chosen);
     add_explain(app, chosen);
     try {
         app.parse(argc, argv);

@@ -148,22 +148,30 @@ void add_checked(CLI::App &command, const char *name, std::string &into,
 
 } // namespace
 
-void add_run_options(CLI::App &command, run_options &options) {
+void add_unit_options(CLI::App &command, run_options &options) {
     command.add_option("--unit", options.unit_file);
     for (const unit_option &one : unit_options) {
         add_unit_option(command, one, options);
     }
     add_unit_flags(command, options);
-    add_checked(command, "--answer", options.answer, {"ok", "power", "other", "decline", "none"});
-    add_checked(command, "--expect", options.expected,
-                {"updated", "failed", "declined", "refused", "cut", "any"});
-    command.add_option("--script", options.script);
+}
+
+void add_speed(CLI::App &command, run_options &options) {
     command.add_option_function<double>("--speed", [&options](double speed) {
         if (!(speed >= 0.1 && speed <= 1000)) {
             throw misused("--speed takes a number from 0.1 to 1000");
         }
         options.speed = speed;
     });
+}
+
+void add_run_options(CLI::App &command, run_options &options) {
+    add_unit_options(command, options);
+    add_speed(command, options);
+    add_checked(command, "--answer", options.answer, {"ok", "power", "other", "decline", "none"});
+    add_checked(command, "--expect", options.expected,
+                {"updated", "failed", "declined", "refused", "cut", "any"});
+    command.add_option("--script", options.script);
     command.add_option_function<std::string>("--patience", [&options](const std::string &text) {
         try {
             options.patience = std::chrono::ceil<std::chrono::seconds>(parse_time(text));

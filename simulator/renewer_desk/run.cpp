@@ -1,4 +1,5 @@
 #include "simulator/desk/unit_file.h"
+#include "simulator/renewer_desk/desk_directory.h"
 #include "simulator/renewer_desk/performance.h"
 #include "simulator/report/report.h"
 #include "simulator/unit/package.h"
@@ -20,26 +21,6 @@ constexpr const char working_script[] = "#!/bin/sh\n"
                                         "echo writing the new firmware\n"
                                         "sleep 4\n"
                                         "echo done\n";
-
-// A directory of the desk that is gone with the run.
-class desk_directory {
-public:
-    desk_directory() {
-        std::string name = fs::temp_directory_path() / "renewer-desk.XXXXXX";
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error(name + ": " + strerror(errno));
-        }
-        path = name;
-    }
-    ~desk_directory() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    desk_directory(const desk_directory &) = delete;
-    desk_directory &operator=(const desk_directory &) = delete;
-
-    fs::path path;
-};
 
 // Of two presses that have to come within the 2 s that the updater waits for the second one, the
 // desk must be able to tell the time between.

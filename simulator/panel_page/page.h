@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+namespace simulator {
+
+// The files of the page, as they lie in simulator/panel_page/page.
+extern const std::string_view page_html;
+extern const std::string_view page_css;
+extern const std::string_view page_js;
+
+} // namespace simulator
