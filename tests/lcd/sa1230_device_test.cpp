@@ -122,7 +122,8 @@ TEST_F(sa1230_device, refuses_layers_that_do_not_fit_or_have_no_pixels) {
         {{some, 0, 0, -1, -1}, "input err\n"},
     };
     for (const auto &[layer, message] : cases) {
-        EXPECT_EQ(printed([&] { EXPECT_EQ(sa1230_show_layer(fd, layer), -1); }), message);
+        EXPECT_EQ(printed([&, layer = layer] { EXPECT_EQ(sa1230_show_layer(fd, layer), -1); }),
+                  message);
     }
     put_picture("success.bmp", 600, 1, random_pixels(600, 1));
     EXPECT_EQ(printed([this] { EXPECT_EQ(sa1230_update(fd, 132), -1); }), "out of range\n");
@@ -204,11 +205,11 @@ TEST_F(sa1230_device, finds_the_picture_of_each_index) {
                                                   {131, "confirm"},  {132, "success"},
                                                   {133, "failure"},  {134, "notallow"}};
     for (const auto &[index, name] : cases) {
-        EXPECT_EQ(printed([&] { EXPECT_EQ(sa1230_update(fd, index), -1); }),
+        EXPECT_EQ(printed([&, index = index] { EXPECT_EQ(sa1230_update(fd, index), -1); }),
                   "open /reserve/update/" + std::string(name) + ".bmp failed\nread bmp err\n");
     }
     for (const int index : {-1, 129, 130, 135, INT32_MAX, INT32_MIN}) {
-        EXPECT_EQ(printed([&] { EXPECT_EQ(sa1230_update(fd, index), -1); }), "bmp name error!\n");
+        EXPECT_EQ(printed([&, index = index] { EXPECT_EQ(sa1230_update(fd, index), -1); }), "bmp name error!\n");
     }
     EXPECT_EQ(spi().transcript, "");
 }
