@@ -13,6 +13,12 @@
 namespace boundary {
 
 bool disk_is_full(const char *path) {
+    constexpr const char *no_disks[] = {"/dev/", "/proc/", "/sys/"};
+    for (const char *no_disk : no_disks) {
+        if (strncmp(path, no_disk, strlen(no_disk)) == 0) {
+            return false;
+        }
+    }
     const int file = open(simulator::full_disk_path, O_RDONLY | O_CLOEXEC);
     if (file < 0) {
         return false;
