@@ -101,7 +101,8 @@ def make(build, *targets):
     built = subprocess.run(["ninja", "-C", build, "--quiet", f"-j{JOBS}", *targets],
                            capture_output=True, text=True)
     if built.returncode != 0:
-        sys.exit(built.stdout)
+        print(built.stdout)
+    return built.returncode == 0
 
 
 def list_tests(build):
@@ -144,8 +145,8 @@ def first_failure(tests):
 def killer_of(fault, build, tests):
     for stage in stages(fault, tests):
         programs = {test.program for test in stage if test.command[0].startswith(str(build))}
-        if programs:
-            make(build, *sorted(programs))
+        if programs and not make(build, *sorted(programs)):
+            return "" # what does not build is no fault: it is told as one that lives
         killer = first_failure(stage)
         if killer:
             return killer
@@ -189,7 +190,8 @@ def main(source, work, report, wanted=""):
     faults = [fault for fault in faults if re.search(wanted, str(fault))]
     copy_sources(source, copy)
     configure(copy, build)
-    make(build)
+    if not make(build):
+        return 1
     tests = list_tests(build)
     for number, fault in enumerate(faults, 1):
         begin = time.monotonic()
