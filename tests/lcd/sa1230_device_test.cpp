@@ -209,7 +209,8 @@ TEST_F(sa1230_device, finds_the_picture_of_each_index) {
                   "open /reserve/update/" + std::string(name) + ".bmp failed\nread bmp err\n");
     }
     for (const int index : {-1, 129, 130, 135, INT32_MAX, INT32_MIN}) {
-        EXPECT_EQ(printed([&, index = index] { EXPECT_EQ(sa1230_update(fd, index), -1); }), "bmp name error!\n");
+        EXPECT_EQ(printed([&, index = index] { EXPECT_EQ(sa1230_update(fd, index), -1); }),
+                  "bmp name error!\n");
     }
     EXPECT_EQ(spi().transcript, "");
 }

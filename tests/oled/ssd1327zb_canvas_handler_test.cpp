@@ -75,7 +75,7 @@ TEST_F(ssd1327zb_canvas_handler, leaves_nothing_behind_when_it_cannot_be_had) {
         spi().forget();
         spi().failing = failing;
         canvas_handler *handler = nullptr;
-        EXPECT_EQ(printed([&] {
+        EXPECT_EQ(printed([&, allocations = allocations, path = path] {
                       allocations_left = allocations;
                       handler = create_ssd1327sd_canvas_handler("ssd1327zb", path);
                       allocations_left = INT_MAX;

@@ -70,9 +70,10 @@ TEST(ssd1327zb_draw_border, says_what_it_cannot_draw) {
     };
     any_canvas drawn;
     for (const auto &[area, thickness, message] : cases) {
-        EXPECT_EQ(
-            printed([&] { ssd1327zb_draw_border_on_canvas(drawn.frame, &area, thickness, 100); }),
-            message);
+        EXPECT_EQ(printed([&, area = area, thickness = thickness] {
+                      ssd1327zb_draw_border_on_canvas(drawn.frame, &area, thickness, 100);
+                  }),
+                  message);
     }
     const box area = {0, 0, 8, 8}, outside = {120, 0, 9, 9};
     canvas no_pixels = {128, 128, 4, nullptr, 8192};

@@ -104,7 +104,7 @@ TEST(ssd1327zb_draw_text, counts_the_bytes_of_a_strip) {
 TEST(ssd1327zb_draw_text, refuses_what_is_no_character) {
     for (const auto &[text, columns] : invalid_texts) {
         owned_strip strip(128 * 16);
-        EXPECT_EQ(printed([&] {
+        EXPECT_EQ(printed([&, text = text] {
                       EXPECT_EQ(ssd1327zb_get_strbuf_size(text.c_str()), -1) << text;
                       EXPECT_EQ(strip.render(text), nullptr) << text;
                   }),

@@ -146,7 +146,9 @@ TEST(header, magic_of_a_file) {
         uint32_t read = 0xeeeeeeee;
         std::string lines;
         EXPECT_EQ(complained([&] {
-                      lines = printed([&] { EXPECT_EQ(get_magic(file.c_str(), &read), result); });
+                      lines = printed([&, file = file, result = result] {
+                          EXPECT_EQ(get_magic(file.c_str(), &read), result);
+                      });
                   }),
                   error);
         EXPECT_EQ(lines, line);

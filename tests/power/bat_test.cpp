@@ -128,7 +128,10 @@ TEST(adc, converts_each_channel_by_its_scale) {
     for (const auto &[channel, text, raw, expected] : cases) {
         put_file(channel_file(channel), text);
         float volts = -1.0f;
-        EXPECT_EQ(printed([&] { EXPECT_EQ(adc_get_common(channel, &volts, raw), 0); }), "");
+        EXPECT_EQ(printed([&, channel = channel, raw = raw] {
+                      EXPECT_EQ(adc_get_common(channel, &volts, raw), 0);
+                  }),
+                  "");
         EXPECT_EQ(volts, expected) << channel << " " << text;
     }
 }
@@ -260,7 +263,9 @@ TEST(usb_state, host_is_told_from_all_else) {
               "fopen: No such file or directory\n");
     for (const auto &[mode, host, line] : cases) {
         put_file(usb_mode, mode);
-        EXPECT_EQ(printed([&] { EXPECT_EQ(usb_state_judge() == 0, host) << mode; }),
+        EXPECT_EQ(printed([&, host = host, mode = mode] {
+                      EXPECT_EQ(usb_state_judge() == 0, host) << mode;
+                  }),
                   std::string("usb state usb state ") + line + "\n");
     }
 }

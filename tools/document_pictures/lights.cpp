@@ -127,8 +127,9 @@ std::string draw_lights() {
         if (end.exit_status != 0) {
             throw std::runtime_error("the prompts cannot be run");
         }
+        const auto row = i / 2;
         draw_prompt(drawing, margin + static_cast<double>(i % 2) * column,
-                    static_cast<double>(i / 2) * block_height, prompts[i], end);
+                    static_cast<double>(row) * block_height, prompts[i], end);
     }
     return drawing.drawn();
 }
