@@ -145,10 +145,8 @@ TEST(header, magic_of_a_file) {
     for (const auto &[file, result, line, magic, error] : cases) {
         uint32_t read = 0xeeeeeeee;
         std::string lines;
-        EXPECT_EQ(complained([&] {
-                      lines = printed([&, file = file, result = result] {
-                          EXPECT_EQ(get_magic(file.c_str(), &read), result);
-                      });
+        EXPECT_EQ(complained([&, file = file, result = result] {
+                      lines = printed([&] { EXPECT_EQ(get_magic(file.c_str(), &read), result); });
                   }),
                   error);
         EXPECT_EQ(lines, line);
