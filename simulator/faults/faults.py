@@ -82,7 +82,8 @@ def main():
         for row, broken in SWEEPS[part]():
             rows.append(row)
             print(*row, sep="  ")
-            print(*("did not hold: " + line for line in broken), sep="\n", flush=True)
+            for line in broken:
+                print("did not hold:", line, flush=True)
             failed = failed or bool(broken) or row[2] not in (row[1], "-")
             with open(f"{options.work}/faults/{part}.json", "w") as file:
                 json.dump(rows, file)

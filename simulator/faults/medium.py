@@ -11,6 +11,7 @@ from unit import archive_of, story, usual_tree
 PARTS = ["data", "firmware", "reserve", "update"]  # of the tree, that outlive a reboot
 INSTALLED, FALLBACK = "/data/sbin/renewer", "/data/sbin/update/renewer"
 NAMED = ("/firmware/", "/data/app/log/update.log", INSTALLED, FALLBACK)
+INSTALL_SCRIPT = "#!/bin/sh\necho installing\necho done > /firmware/installed\n"
 ACKNOWLEDGED = (3000, "runs sh -c touch /tmp/update_over", "remove /tmp/update_over")
 # Between two changes the unit rests so long that what was changed reaches the medium by itself.
 REST_S = 6
@@ -31,7 +32,8 @@ class Medium:
     def __init__(self, build, arm_build, modules, own_modules=()):
         self.build, self.arm_build = build, arm_build
         self.machine = Machine(f"{build}/system", arm_build, modules, own_modules)
-        self.tree = usual_tree("13", f"{arm_build}/src/update/renewer")
+        self.tree = usual_tree("13", f"{arm_build}/src/update/renewer") | {
+            "/firmware/update/install.sh": INSTALL_SCRIPT}
         self.old, self.new = self.tree[INSTALLED], self.tree["/firmware/update/renewer.bin"]
 
     def program(self, path):
