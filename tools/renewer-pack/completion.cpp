@@ -144,7 +144,7 @@ void print_bash(const CLI::App &app) {
     printf("declare -gA _renewer_pack_words=(\n%s)\n%s", words.c_str(), bash_function);
 }
 
-// zsh: a specification for each command.
+// zsh: a description for each command.
 
 constexpr const char *zsh_functions = R"sh(
 _renewer_pack_type_names() {
