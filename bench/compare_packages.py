@@ -54,7 +54,9 @@ def in_turn(commands, rounds, leftovers=()):
 
 def row(name, ours, theirs, aim):
     wall = sum(ours) / sum(theirs)
-    print(f"| {name} | {1e3 * sum(ours):.0f} ms | {1e3 * sum(theirs):.0f} ms | {wall:.2f} | {aim} |")
+    print(
+        f"| {name} | {1e3 * sum(ours):.0f} ms | {1e3 * sum(theirs):.0f} ms | {wall:.2f} | {aim} |"
+    )
 
 
 def speed(program, work, size, rounds):
@@ -64,22 +66,35 @@ def speed(program, work, size, rounds):
             target.write(source.read(MIB))
     timed([program, "generate", payload, package])
     made, copy, out = work / "made", work / "copy", work / "out"
-    best = in_turn({"check": [program, "check", package],
-                    "openssl": ["openssl", "md5", package],
-                    "unpack": [program, "unpack", package, out],
-                    "cp": ["cp", payload, copy],
-                    "generate": [program, "generate", payload, made]},
-                   rounds, [made, copy, out / "rootfs.bin"])
+    best = in_turn(
+        {
+            "check": [program, "check", package],
+            "openssl": ["openssl", "md5", package],
+            "unpack": [program, "unpack", package, out],
+            "cp": ["cp", payload, copy],
+            "generate": [program, "generate", payload, made],
+        },
+        rounds,
+        [made, copy, out / "rootfs.bin"],
+    )
     print(f"| {size // MIB} MiB, best of {rounds} | renewer | usual commands | ratio | aim |")
     print("|---|---|---|---|---|")
     for kind in ("wall", "cpu"):
         seconds = {name: getattr(value, kind) for name, value in best.items()}
         label = "elapsed" if kind == "wall" else "processor"
-        row(f"`validate_package_new` / `openssl md5` ({label})", [seconds["check"]],
-            [seconds["openssl"]], "1.05")
+        row(
+            f"`validate_package_new` / `openssl md5` ({label})",
+            [seconds["check"]],
+            [seconds["openssl"]],
+            "1.05",
+        )
         row(f"`unpack_package_new` / `cp` ({label})", [seconds["unpack"]], [seconds["cp"]], "1.3")
-        row(f"`gen_package` / `cp` and `openssl md5` ({label})", [seconds["generate"]],
-            [seconds["cp"], seconds["openssl"]], "1.1")
+        row(
+            f"`gen_package` / `cp` and `openssl md5` ({label})",
+            [seconds["generate"]],
+            [seconds["cp"], seconds["openssl"]],
+            "1.1",
+        )
 
 
 def candidate(version):
@@ -93,25 +108,50 @@ def discovery(program, work, candidates, rounds):
     directory.mkdir()
     for number in range(candidates):
         (directory / f"update_{number:05}_b20240523.bin").write_bytes(candidate(number + 1))
-    best = in_turn({"find": [program, "find", directory, "1013560000000000"],
-                    "usual": ["find", directory, "-name", "update_*.bin", "-exec", "head", "-c",
-                              "60", "{}", ";"]}, rounds)
-    print(f"\n| {candidates} candidates | `find_valid_package` | `find` with `head` | times faster |"
-          " aim |\n|---|---|---|---|---|")
+    best = in_turn(
+        {
+            "find": [program, "find", directory, "1013560000000000"],
+            "usual": [
+                "find",
+                directory,
+                "-name",
+                "update_*.bin",
+                "-exec",
+                "head",
+                "-c",
+                "60",
+                "{}",
+                ";",
+            ],
+        },
+        rounds,
+    )
+    print(
+        f"\n| {candidates} candidates | `find_valid_package` | `find` with `head` | times faster |"
+        " aim |\n|---|---|---|---|---|"
+    )
     ours, usual = best["find"].wall, best["usual"].wall
     print(f"| elapsed | {1e3 * ours:.0f} ms | {1e3 * usual:.0f} ms | {usual / ours:.0f} | 10 |")
 
 
 def peak_memory(program, work, sizes):
-    print("\n| peak memory | " + " | ".join(f"{size / MIB:.0f} MiB" for size in sizes)
-          + " | aim |\n" + "|---" * (len(sizes) + 2) + "|")
+    print(
+        "\n| peak memory | "
+        + " | ".join(f"{size / MIB:.0f} MiB" for size in sizes)
+        + " | aim |\n"
+        + "|---" * (len(sizes) + 2)
+        + "|"
+    )
     payload, package, out = work / "large", work / "large_package", work / "large_out"
     peaks = {"generate": [], "check": [], "unpack": []}
     for size in sizes:
         with payload.open("wb") as file:
             file.truncate(size)
-        for name, arguments in (("generate", [payload, package]), ("check", [package]),
-                                ("unpack", [package, out])):
+        for name, arguments in (
+            ("generate", [payload, package]),
+            ("check", [package]),
+            ("unpack", [package, out]),
+        ):
             _, _, told = timed([program, name, *arguments])
             peaks[name].append(int(told.split()[1]))
         shutil.rmtree(out)

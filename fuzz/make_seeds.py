@@ -41,8 +41,9 @@ def new_package(contents, version="1.1.4.0", magic=0x77007703):
 def old_package(contents, digits, version=0x010203, flag=0):
     pn = bytes.fromhex(digits + "0" * (len(digits) % 2)).ljust(16, b"\0")
     date, time = 2024 << 9 | 5 << 5 | 23, 9 << 13 | 5 << 6 | 1
-    head = struct.pack("<I16xI16sIIIII", 0x77007700, version, pn, len(digits), date, time, flag,
-                       len(contents))
+    head = struct.pack(
+        "<I16xI16sIIIII", 0x77007700, version, pn, len(digits), date, time, flag, len(contents)
+    )
     return sealed(head + table(contents, 60))
 
 
@@ -62,9 +63,14 @@ def packages():
 
 def units_with_candidates():
     name = b"def_t20240524.bin".ljust(60, b"_")
-    for pn, digits in [("1013563400120002", "10135604001204"), ("A113567834120000", "a1135601101204"),
-                       ("1013567834120000", "10135620062000"), ("1013567834120002", "10135630062000"),
-                       ("1013567884120000", "10135643462000"), ("1180000000000000", "11800000000004")]:
+    for pn, digits in [
+        ("1013563400120002", "10135604001204"),
+        ("A113567834120000", "a1135601101204"),
+        ("1013567834120000", "10135620062000"),
+        ("1013567834120002", "10135630062000"),
+        ("1013567884120000", "10135643462000"),
+        ("1180000000000000", "11800000000004"),
+    ]:
         record = (b"1234567" + pn.encode()).ljust(77, b"\0")
         yield pn, record + name + old_package([], digits) + old_package([], digits, 0x020010)
 
@@ -85,13 +91,24 @@ def main(directory):
         "unpackers": packages(),
         "examine": packages(),
         "discovery": units_with_candidates(),
-        "host_record": [("usual", b"1234567" + b"1013563400120002"), ("empty", b""),
-                        ("long", b"1" * 200)],
-        "bmp": [("usual", picture(4, 2)), ("padded", picture(5, 3)), ("deep", picture(3, 2, 32)),
-                ("top_first", picture(4, -2)), ("far", picture(2, 2, fill=20)),
-                ("shallow", picture(8, 2, 8))],
-        "editions": [("older", b"1.1.4\n1.1.10"), ("prefix", b"1.2\n1.2.1"),
-                     ("large", b"1.99999999999999999999\n1.-99999999999999999999")],
+        "host_record": [
+            ("usual", b"1234567" + b"1013563400120002"),
+            ("empty", b""),
+            ("long", b"1" * 200),
+        ],
+        "bmp": [
+            ("usual", picture(4, 2)),
+            ("padded", picture(5, 3)),
+            ("deep", picture(3, 2, 32)),
+            ("top_first", picture(4, -2)),
+            ("far", picture(2, 2, fill=20)),
+            ("shallow", picture(8, 2, 8)),
+        ],
+        "editions": [
+            ("older", b"1.1.4\n1.1.10"),
+            ("prefix", b"1.2\n1.2.1"),
+            ("large", b"1.99999999999999999999\n1.-99999999999999999999"),
+        ],
     }
     for fuzzer, inputs in seeds.items():
         corpus = pathlib.Path(directory) / fuzzer

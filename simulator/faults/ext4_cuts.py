@@ -14,8 +14,11 @@ SECTOR = 512
 FLUSH, FUA, DISCARD = 1, 2, 4
 SUBSETS = 3  # random ones at each point
 SIZE = 12 << 20
-STORAGE = "mount -t ext4 /dev/vda /media\n" + "".join(
-    f"mount --bind /media/{part} /{part}\n" for part in PARTS) + QUICK_WRITING
+STORAGE = (
+    "mount -t ext4 /dev/vda /media\n"
+    + "".join(f"mount --bind /media/{part} /{part}\n" for part in PARTS)
+    + QUICK_WRITING
+)
 
 
 def run(*command):
@@ -49,7 +52,7 @@ def logged(path):
         at += sector
         data = b""
         if length and not flags & DISCARD:
-            data = log[at:at + length * SECTOR]
+            data = log[at : at + length * SECTOR]
             at += length * SECTOR
         operations.append((first * SECTOR, data, bool(flags & FLUSH), bool(flags & FUA)))
     return operations
@@ -101,15 +104,28 @@ class Ext4(Medium):
         make_disk(before, lasting(self.tree))
         shutil.copyfile(before, disk)
         open(log, "wb").close()
-        tree = {path: content for path, content in self.tree.items()
-                if path not in lasting(self.tree)} | {"/etc/storage": STORAGE}
-        self.run(name, tree, start, rest, [
-            "-blockdev", f"driver=file,node-name=disk,filename={disk}",
-            "-blockdev", f"driver=file,node-name=log,filename={log}",
-            "-blockdev", "driver=blklogwrites,node-name=logged,file=disk,log=log",
-            "-device", "virtio-blk-device,drive=logged"])
+        tree = {
+            path: content for path, content in self.tree.items() if path not in lasting(self.tree)
+        } | {"/etc/storage": STORAGE}
+        self.run(
+            name,
+            tree,
+            start,
+            rest,
+            [
+                "-blockdev",
+                f"driver=file,node-name=disk,filename={disk}",
+                "-blockdev",
+                f"driver=file,node-name=log,filename={log}",
+                "-blockdev",
+                "driver=blklogwrites,node-name=logged,file=disk,log=log",
+                "-device",
+                "virtio-blk-device,drive=logged",
+            ],
+        )
         return (files_on(before, [], folder), self.old, self.new), (
-            files_on(before, writes, folder) for writes in points(logged(log)))
+            files_on(before, writes, folder) for writes in points(logged(log))
+        )
 
     def content_of(self, _, found):
         return found

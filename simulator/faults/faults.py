@@ -34,8 +34,16 @@ MODELS = {"13": "LED unit, from the installed copy", "16": "screen unit, from an
 def sweep_calls():
     counts, broken = system_calls.sweep(PROGRAM, options.every)
     for (model, kind), count in sorted(counts.items()):
-        yield [f"{kind}; {MODELS[model]}", count["tried"], count["seen"], count["held"],
-               count["window"], count["explained"], count["broken"], "in each"], broken
+        yield [
+            f"{kind}; {MODELS[model]}",
+            count["tried"],
+            count["seen"],
+            count["held"],
+            count["window"],
+            count["explained"],
+            count["broken"],
+            "in each",
+        ], broken
         broken = []
 
 
@@ -44,9 +52,16 @@ def sweep_medium(name, storage):
         for start in medium.STARTS:
             count, broken = medium.sweep(storage, name, PROGRAM, start, rest)
             resting = f", rests of {rest} s" if rest else ""
-            yield [f"{name}; from {start}{resting}", count["tried"], "-", count["held"],
-                   count["window"], 0, count["broken"],
-                   f"{count['second']} of {count['states']}"], broken
+            yield [
+                f"{name}; from {start}{resting}",
+                count["tried"],
+                "-",
+                count["held"],
+                count["window"],
+                0,
+                count["broken"],
+                f"{count['second']} of {count['states']}",
+            ], broken
 
 
 SWEEPS = {
@@ -54,13 +69,19 @@ SWEEPS = {
     "ext4": lambda: sweep_medium("ext4", Ext4(options.work, options.arm)),
     "ubifs": lambda: sweep_medium("UBIFS", Ubifs(options.source, options.work, options.arm)),
 }
-TITLES = {"calls": "system calls, on the desk", "ext4": "writes and flushes of a disk",
-          "ubifs": "programs and erases of a NAND flash, whole and half"}
+TITLES = {
+    "calls": "system calls, on the desk",
+    "ext4": "writes and flushes of a disk",
+    "ubifs": "programs and erases of a NAND flash, whole and half",
+}
 
 
 def write_document():
-    lines = ["| what went wrong | tried | seen | held | in the window | explained | did not hold | "
-             "starts from what was left that ended well |", "|---|---|---|---|---|---|---|---|"]
+    lines = [
+        "| what went wrong | tried | seen | held | in the window | explained | did not hold | "
+        "starts from what was left that ended well |",
+        "|---|---|---|---|---|---|---|---|",
+    ]
     for part in SWEEPS:
         path = f"{options.work}/faults/{part}.json"
         if os.path.exists(path):
@@ -70,8 +91,13 @@ def write_document():
     with open(DOCUMENT) as file:
         before, rest = file.read().split("<!-- begin -->")
     with open(DOCUMENT, "w") as file:
-        file.write(before + "<!-- begin -->\n" + "\n".join(lines) + "\n<!-- end -->" +
-                   rest.split("<!-- end -->")[1])
+        file.write(
+            before
+            + "<!-- begin -->\n"
+            + "\n".join(lines)
+            + "\n<!-- end -->"
+            + rest.split("<!-- end -->")[1]
+        )
 
 
 def main():

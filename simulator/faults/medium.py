@@ -33,7 +33,8 @@ class Medium:
         self.build, self.arm_build = build, arm_build
         self.machine = Machine(f"{build}/system", arm_build, modules, own_modules)
         self.tree = usual_tree("13", f"{arm_build}/src/update/renewer") | {
-            "/firmware/update/install.sh": INSTALL_SCRIPT}
+            "/firmware/update/install.sh": INSTALL_SCRIPT
+        }
         self.old, self.new = self.tree[INSTALLED], self.tree["/firmware/update/renewer.bin"]
 
     def program(self, path):
@@ -42,8 +43,10 @@ class Medium:
 
     def run(self, name, tree, start, rest, options=()):
         tree["/usr/sbin/fault_runner"] = self.program("simulator/faults/fault_runner")
-        tree["/etc/story"] = story(f"env REST={rest} /usr/sbin/fault_runner {STARTS[start]} 5 "
-                                   "/firmware/update", [ACKNOWLEDGED])
+        tree["/etc/story"] = story(
+            f"env REST={rest} /usr/sbin/fault_runner {STARTS[start]} 5 " "/firmware/update",
+            [ACKNOWLEDGED],
+        )
         console, files = self.machine.play(name, archive_of(tree), options)
         line = files["/result/time_line"].decode()
         if "exit status 1\n" not in line or "runs sh -c echo update_success" not in line:
@@ -93,10 +96,16 @@ def second_start(medium, files, known, program):
     with tempfile.TemporaryDirectory() as folder:
         for path, found in files.items():
             os.makedirs(os.path.dirname(folder + path), exist_ok=True)
-            content = (b"old" if found == old else b"new" if found == new else
-                       medium.content_of(path, found))
+            content = (
+                b"old"
+                if found == old
+                else b"new"
+                if found == new
+                else medium.content_of(path, found)
+            )
             with open(folder + path, "wb") as file:
                 file.write(content)
             os.chmod(folder + path, 0o755)
-        return subprocess.run([program, "13", "start", folder], check=True,
-                              stdout=subprocess.PIPE, text=True).stdout.strip()
+        return subprocess.run(
+            [program, "13", "start", folder], check=True, stdout=subprocess.PIPE, text=True
+        ).stdout.strip()

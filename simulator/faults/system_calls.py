@@ -6,8 +6,13 @@ import concurrent.futures
 import os
 import subprocess
 
-ERRORS = {"5": "input/output error", "11": "no process", "12": "no memory",
-          "24": "too many files", "28": "no space"}
+ERRORS = {
+    "5": "input/output error",
+    "11": "no process",
+    "12": "no memory",
+    "24": "too many files",
+    "28": "no space",
+}
 # What cannot hold, and why: the shell takes a script that cannot be read for one that ends there.
 EXPLAINED = {("/bin/sh /firmware/install.sh #1|read|1", "5")}
 TRIES = 3
@@ -15,8 +20,9 @@ ALIKE = 3  # calls of one process by one name on one file are tried so often
 
 
 def lines_of(program, *arguments):
-    return subprocess.run([program, *arguments], check=True, stdout=subprocess.PIPE,
-                          text=True).stdout.splitlines()
+    return subprocess.run(
+        [program, *arguments], check=True, stdout=subprocess.PIPE, text=True
+    ).stdout.splitlines()
 
 
 def cases_of(program, model):
@@ -65,4 +71,3 @@ def sweep(program, stride=1):
             if outcome == "broken":
                 broken.append(f"{model} {key} {what}: {found}")
     return counts, broken
-

@@ -9,23 +9,31 @@ import subprocess
 from machine import run, unpack
 from medium import PARTS, QUICK_WRITING, Medium, lasting
 
-STORAGE = """renewer-flash attach
+STORAGE = (
+    """renewer-flash attach
 mount -t ubifs ubi0:storage /media
 cp -a /stored/. /media/
 umount /media
 mount -t ubifs ubi0:storage /media
 echo begin > /proc/recorded_flash
-""" + "".join(f"mount --bind /media/{part} /{part}\n" for part in PARTS) + QUICK_WRITING
-AFTER = "sync\n" + "".join(f"umount /{part}\n" for part in PARTS) + """umount /media
+"""
+    + "".join(f"mount --bind /media/{part} /{part}\n" for part in PARTS)
+    + QUICK_WRITING
+)
+AFTER = (
+    "sync\n"
+    + "".join(f"umount /{part}\n" for part in PARTS)
+    + """umount /media
 renewer-flash cuts /result/cuts
 """
+)
 
 
 def hash_of(content):
     """FNV-1a, 64 bits, as renewer-flash makes it."""
-    value = 0xcbf29ce484222325
+    value = 0xCBF29CE484222325
     for byte in content:
-        value = (value ^ byte) * 0x100000001b3 & 0xffffffffffffffff
+        value = (value ^ byte) * 0x100000001B3 & 0xFFFFFFFFFFFFFFFF
     return value
 
 
@@ -47,28 +55,51 @@ def build_module(source, folder):
     with open(f"{place}/Makefile", "w") as file:
         file.write(f"include {folder}/headers/usr/src/{common}/Makefile\n")
     shutil.copytree(source, f"{folder}/module", dirs_exist_ok=True)
-    subprocess.run(["make", "-s", "-C", place, f"M={folder}/module", "DEB_BUILD_ARCH=desk",
-                    "DEB_HOST_ARCH=armhf", "DEB_HOST_GNU_TYPE=arm-linux-gnueabihf", "modules"],
-                   check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(
+        [
+            "make",
+            "-s",
+            "-C",
+            place,
+            f"M={folder}/module",
+            "DEB_BUILD_ARCH=desk",
+            "DEB_HOST_ARCH=armhf",
+            "DEB_HOST_GNU_TYPE=arm-linux-gnueabihf",
+            "modules",
+        ],
+        check=True,
+        stdout=subprocess.DEVNULL,
+    )
     return f"{folder}/module/recorded_flash.ko"
 
 
 class Ubifs(Medium):
     def __init__(self, source, build, arm_build):
-        module = build_module(f"{source}/simulator/flash_module", os.path.abspath(f"{build}/system"))
+        module = build_module(
+            f"{source}/simulator/flash_module", os.path.abspath(f"{build}/system")
+        )
         super().__init__(build, arm_build, ["zstd", "deflate", "ubi", "ubifs"], [module])
 
     def play(self, name, start, rest):
         kept = lasting(self.tree)
-        tree = {path if path not in kept else f"/stored{path}": content
-                for path, content in self.tree.items()}
-        tree |= {"/stored/data/app/log/.": None, "/stored/reserve/.": None,
-                 "/etc/storage": STORAGE, "/etc/after": AFTER,
-                 "/usr/sbin/renewer-flash": self.program("simulator/guest/renewer-flash")}
+        tree = {
+            path if path not in kept else f"/stored{path}": content
+            for path, content in self.tree.items()
+        }
+        tree |= {
+            "/stored/data/app/log/.": None,
+            "/stored/reserve/.": None,
+            "/etc/storage": STORAGE,
+            "/etc/after": AFTER,
+            "/usr/sbin/renewer-flash": self.program("simulator/guest/renewer-flash"),
+        }
         lines = self.run(name, tree, start, rest)["/result/cuts"].decode().splitlines()
         self.contents = {identity(content): content for content in kept.values()}
-        return ({path: identity(content) for path, content in kept.items()},
-                identity(self.old), identity(self.new)), map(self.files_in, lines)
+        return (
+            {path: identity(content) for path, content in kept.items()},
+            identity(self.old),
+            identity(self.new),
+        ), map(self.files_in, lines)
 
     @staticmethod
     def files_in(line):

@@ -16,8 +16,16 @@ KERNEL = "linux-image-armmp:armhf"
 PACKAGES = ["busybox-static:armhf"]
 MODULES = ["virtio_mmio", "virtio_console", "evdev", "uinput", "leds-gpio", "cuse", "industrialio"]
 C_LIBRARY = "/usr/arm-linux-gnueabihf/lib"
-LEDS = ["Light_Static_Data", "Light_Gps", "Light_Data_Se", "Light_Data_Re", "Light_Charge",
-        "Light_Power", "Oled_Power", "Oled_Rst"]  # on the lines of the machine's GPIO controller
+LEDS = [
+    "Light_Static_Data",
+    "Light_Gps",
+    "Light_Data_Se",
+    "Light_Data_Re",
+    "Light_Charge",
+    "Light_Power",
+    "Oled_Power",
+    "Oled_Rst",
+]  # on the lines of the machine's GPIO controller
 QEMU = ["qemu-system-arm", "-M", "virt", "-cpu", "cortex-a15", "-m", "192", "-nic", "none"]
 LONGEST_RUN_S = 1500
 
@@ -46,12 +54,16 @@ def kernel_package():
 
 def device_tree(path):
     """The machine's own, with LEDs on its GPIO lines in place of the key that QEMU puts there."""
-    run(QEMU[:2] + [f"virt,dumpdtb={path}"] + QEMU[3:] + ["-display", "none"],
-        stderr=subprocess.DEVNULL)
+    run(
+        QEMU[:2] + [f"virt,dumpdtb={path}"] + QEMU[3:] + ["-display", "none"],
+        stderr=subprocess.DEVNULL,
+    )
     source = run(["dtc", "-q", "-O", "dts", path])
     controller = re.search(r"pl061@\w+ \{[^}]*phandle = <(\w+)>", source).group(1)
-    leds = "".join(f'led-{line} {{ label = "{name}"; gpios = <{controller} {line} 0>; }};'
-                   for line, name in enumerate(LEDS))
+    leds = "".join(
+        f'led-{line} {{ label = "{name}"; gpios = <{controller} {line} 0>; }};'
+        for line, name in enumerate(LEDS)
+    )
     source += f'/ {{ /delete-node/ gpio-keys; leds {{ compatible = "gpio-leds"; {leds} }}; }};'
     run(["dtc", "-q", "-O", "dtb", "-o", path], input=source)
 
@@ -112,10 +124,34 @@ class Machine:
         packages = f"{self.folder}/packages"
         release = os.path.basename(self.kernel).removeprefix("vmlinuz-")
         archive = Archive()
-        for path in ["bin", "sbin", "usr", "usr/bin", "usr/sbin", "lib", "lib/modules", "proc",
-                     "sys", "dev", "tmp", "etc", "etc/init.d", "data", "data/app", "data/app/log",
-                     "data/sbin", "firmware", "firmware/update", "reserve", "reserve/update",
-                     "update", "update/hw", "media", "media/sda1", "unit"]:
+        for path in [
+            "bin",
+            "sbin",
+            "usr",
+            "usr/bin",
+            "usr/sbin",
+            "lib",
+            "lib/modules",
+            "proc",
+            "sys",
+            "dev",
+            "tmp",
+            "etc",
+            "etc/init.d",
+            "data",
+            "data/app",
+            "data/app/log",
+            "data/sbin",
+            "firmware",
+            "firmware/update",
+            "reserve",
+            "reserve/update",
+            "update",
+            "update/hw",
+            "media",
+            "media/sda1",
+            "unit",
+        ]:
             archive.directory(path)
         archive.copy("/init", f"{build}/simulator/guest/renewer-guest")
         archive.link("/usr/sbin/S080_application", "/init")
@@ -143,14 +179,38 @@ class Machine:
         with open(f"{folder}/initrd", "wb") as file:
             file.write(self.base + archive.finish())
         subprocess.run(
-            QEMU + ["-no-reboot", "-display", "none", "-monitor", "none",
-                    "-icount", "shift=1,sleep=off", "-rtc", "clock=vm,base=2024-05-23",
-                    "-kernel", self.kernel, "-dtb", f"{self.folder}/machine.dtb",
-                    "-initrd", f"{folder}/initrd", "-append", "console=ttyAMA0 quiet panic=-1",
-                    "-serial", f"file:{folder}/console", "-device", "virtio-serial-device",
-                    "-chardev", f"file,id=results,path={folder}/results.tar",
-                    "-device", "virtserialport,chardev=results", *options],
-            check=True, timeout=LONGEST_RUN_S)
+            QEMU
+            + [
+                "-no-reboot",
+                "-display",
+                "none",
+                "-monitor",
+                "none",
+                "-icount",
+                "shift=1,sleep=off",
+                "-rtc",
+                "clock=vm,base=2024-05-23",
+                "-kernel",
+                self.kernel,
+                "-dtb",
+                f"{self.folder}/machine.dtb",
+                "-initrd",
+                f"{folder}/initrd",
+                "-append",
+                "console=ttyAMA0 quiet panic=-1",
+                "-serial",
+                f"file:{folder}/console",
+                "-device",
+                "virtio-serial-device",
+                "-chardev",
+                f"file,id=results,path={folder}/results.tar",
+                "-device",
+                "virtserialport,chardev=results",
+                *options,
+            ],
+            check=True,
+            timeout=LONGEST_RUN_S,
+        )
         with open(f"{folder}/console", errors="replace") as file:
             console = file.read()
         files = {}

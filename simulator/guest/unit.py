@@ -41,7 +41,8 @@ def usual_tree(model, program):
 def story(command, happenings):
     """`happenings`: (milliseconds, part of a line, action)."""
     return f"start\t{command}\n" + "".join(
-        f"after\t{delay}\t{line}\t{action}\n" for delay, line, action in happenings)
+        f"after\t{delay}\t{line}\t{action}\n" for delay, line, action in happenings
+    )
 
 
 def archive_of(tree):

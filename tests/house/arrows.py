@@ -24,25 +24,33 @@ def main(root, targets):
         folder = pathlib.Path(folder).relative_to(root)
         folder_of[name.replace("renewer_", "renewer::")] = folder
         linked.setdefault(folder, set()).update(libraries)
-    allowed = {folder: {folder_of[library] for library in libraries if library in folder_of} | {folder}
-               for folder, libraries in linked.items()}
+    allowed = {
+        folder: {folder_of[library] for library in libraries if library in folder_of} | {folder}
+        for folder, libraries in linked.items()
+    }
 
     includes = faults = 0
     for folder in allowed:
         for file in [*(root / folder).glob("*.h"), *(root / folder).glob("*.cpp")]:
             for named in INCLUDE.findall(file.read_text()):
-                target = next(top / named for top in (pathlib.Path(), pathlib.Path("src"))
-                              if (root / top / named).is_dir())
+                target = next(
+                    top / named
+                    for top in (pathlib.Path(), pathlib.Path("src"))
+                    if (root / top / named).is_dir()
+                )
                 includes += 1
                 if target not in allowed[folder]:
                     faults += 1
-                    print(f"{file.relative_to(root)} includes from {target}, "
-                          f"which no target of {folder} links")
+                    print(
+                        f"{file.relative_to(root)} includes from {target}, "
+                        f"which no target of {folder} links"
+                    )
     if includes == 0:
         sys.exit("no include was seen")
     try:
-        graphlib.TopologicalSorter({folder: others - {folder}
-                                    for folder, others in allowed.items()}).prepare()
+        graphlib.TopologicalSorter(
+            {folder: others - {folder} for folder, others in allowed.items()}
+        ).prepare()
     except graphlib.CycleError as circle:
         faults += 1
         print("a circle of folders:", *circle.args[1])

@@ -50,9 +50,17 @@ class Test:
 
     def passes(self):
         try:
-            return subprocess.run(self.command, cwd=self.directory, timeout=LONGEST_TEST_S,
-                                  stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                  stderr=subprocess.DEVNULL).returncode == 0
+            return (
+                subprocess.run(
+                    self.command,
+                    cwd=self.directory,
+                    timeout=LONGEST_TEST_S,
+                    stdin=subprocess.DEVNULL,
+                    stdout=subprocess.DEVNULL,
+                    stderr=subprocess.DEVNULL,
+                ).returncode
+                == 0
+            )
         except subprocess.TimeoutExpired:
             return False
 
@@ -81,8 +89,13 @@ def check_texts(faults, source):
 def copy_sources(source, copy):
     """Keeps the times of the files, so that only what changed is built again."""
     shutil.rmtree(copy, ignore_errors=True)
-    listed = subprocess.run(["git", "ls-files", "-z", "-c", "-o", "--exclude-standard"],
-                            cwd=source, check=True, capture_output=True, text=True)
+    listed = subprocess.run(
+        ["git", "ls-files", "-z", "-c", "-o", "--exclude-standard"],
+        cwd=source,
+        check=True,
+        capture_output=True,
+        text=True,
+    )
     for name in set(listed.stdout.split("\0")) - {""}:
         if (source / name).exists():
             (copy / name).parent.mkdir(parents=True, exist_ok=True)
@@ -91,23 +104,41 @@ def copy_sources(source, copy):
 
 def configure(copy, build):
     launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
-    subprocess.run(["cmake", "-S", copy, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
-                    "-DCMAKE_CXX_FLAGS=-O0 -w", *launcher,
-                    "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"],
-                   check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(
+        [
+            "cmake",
+            "-S",
+            copy,
+            "-B",
+            build,
+            "-G",
+            "Ninja",
+            "-DCMAKE_BUILD_TYPE=None",
+            "-DCMAKE_CXX_FLAGS=-O0 -w",
+            *launcher,
+            "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST",
+        ],
+        check=True,
+        stdout=subprocess.DEVNULL,
+    )
 
 
 def make(build, *targets):
-    built = subprocess.run(["ninja", "-C", build, "--quiet", f"-j{JOBS}", *targets],
-                           capture_output=True, text=True)
+    built = subprocess.run(
+        ["ninja", "-C", build, "--quiet", f"-j{JOBS}", *targets], capture_output=True, text=True
+    )
     if built.returncode != 0:
         print(built.stdout)
     return built.returncode == 0
 
 
 def list_tests(build):
-    listing = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"], check=True,
-                             capture_output=True, text=True)
+    listing = subprocess.run(
+        ["ctest", "--test-dir", build, "--show-only=json-v1"],
+        check=True,
+        capture_output=True,
+        text=True,
+    )
     tests = []
     for test in json.loads(listing.stdout)["tests"]:
         properties = {one["name"]: one["value"] for one in test["properties"]}
@@ -120,11 +151,13 @@ def stages(fault, tests):
     path = pathlib.Path(fault.path)
     folder = path.parent.name + "/"
     left = tests
-    for chosen in [lambda test: fault.first and re.search(fault.first, test.name),
-                   lambda test: test.program == path.stem + "_test",
-                   lambda test: test.name.startswith(folder),
-                   lambda test: test.name.startswith("run/"),
-                   lambda test: True]:
+    for chosen in [
+        lambda test: fault.first and re.search(fault.first, test.name),
+        lambda test: test.program == path.stem + "_test",
+        lambda test: test.name.startswith(folder),
+        lambda test: test.name.startswith("run/"),
+        lambda test: True,
+    ]:
         yield [test for test in left if chosen(test)]
         left = [test for test in left if not chosen(test)]
 
@@ -146,7 +179,7 @@ def killer_of(fault, build, tests):
     for stage in stages(fault, tests):
         programs = {test.program for test in stage if test.command[0].startswith(str(build))}
         if programs and not make(build, *sorted(programs)):
-            return "" # what does not build is no fault: it is told as one that lives
+            return ""  # what does not build is no fault: it is told as one that lives
         killer = first_failure(stage)
         if killer:
             return killer
@@ -164,11 +197,17 @@ def try_fault(fault, copy, build, tests):
 
 
 def report_of(faults):
-    lines = ["# What the tests would see", "",
-             "Written by `./dev mutants`, which puts the small faults of `tests/mutants/faults.txt`",
-             "into `src/`, one at a time, and runs the tests on each until one fails twice.", "",
-             f"**{sum(bool(fault.killer) for fault in faults)} of {len(faults)} faults are killed.**",
-             "", "| folder | faults | killed |", "| --- | --- | --- |"]
+    lines = [
+        "# What the tests would see",
+        "",
+        "Written by `./dev mutants`, which puts the small faults of `tests/mutants/faults.txt`",
+        "into `src/`, one at a time, and runs the tests on each until one fails twice.",
+        "",
+        f"**{sum(bool(fault.killer) for fault in faults)} of {len(faults)} faults are killed.**",
+        "",
+        "| folder | faults | killed |",
+        "| --- | --- | --- |",
+    ]
     for folder in sorted({os.path.dirname(fault.path) for fault in faults}):
         inside = [fault for fault in faults if os.path.dirname(fault.path) == folder]
         lines.append(f"| {folder} | {len(inside)} | {sum(bool(one.killer) for one in inside)} |")
@@ -176,8 +215,11 @@ def report_of(faults):
     if living:
         lines += ["", "Those that live, and why:", ""]
     for fault in living:
-        change = f"`{fault.text}` becomes `{fault.replacement}`" if fault.replacement else \
-            f"without `{fault.text}`"
+        change = (
+            f"`{fault.text}` becomes `{fault.replacement}`"
+            if fault.replacement
+            else f"without `{fault.text}`"
+        )
         lines.append(f"- {fault.path}, {change}: {fault.reason or 'not explained yet'}")
     return "\n".join(lines) + "\n"
 
@@ -196,13 +238,18 @@ def main(source, work, report, wanted=""):
     for number, fault in enumerate(faults, 1):
         begin = time.monotonic()
         try_fault(fault, copy, build, tests)
-        print(f"{number}/{len(faults)} {time.monotonic() - begin:5.1f} s  {fault}\n"
-              f"    {fault.killer or 'LIVES ' + fault.reason}", flush=True)
+        print(
+            f"{number}/{len(faults)} {time.monotonic() - begin:5.1f} s  {fault}\n"
+            f"    {fault.killer or 'LIVES ' + fault.reason}",
+            flush=True,
+        )
     if not wanted:
         (source / report).write_text(report_of(faults))
     unexplained = [fault for fault in faults if not fault.killer and not fault.reason]
-    print(f"killed {sum(bool(fault.killer) for fault in faults)} of {len(faults)}, "
-          f"{len(unexplained)} of the others not explained")
+    print(
+        f"killed {sum(bool(fault.killer) for fault in faults)} of {len(faults)}, "
+        f"{len(unexplained)} of the others not explained"
+    )
     return 1 if unexplained else 0
 
 

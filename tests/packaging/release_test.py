@@ -41,10 +41,28 @@ def recipe_builds(sources, work, name, options):
     toolchain = work / "toolchain.cmake"
     toolchain.write_text(FOREIGN)
     build, root = work / name, work / (name + "-root")
-    run("cmake", "-G", "Ninja", "-S", sources, "-B", build, f"-DCMAKE_TOOLCHAIN_FILE={toolchain}",
-        "-DCMAKE_INSTALL_PREFIX=/usr", *options, env={"PATH": "/usr/bin:/bin"})
+    run(
+        "cmake",
+        "-G",
+        "Ninja",
+        "-S",
+        sources,
+        "-B",
+        build,
+        f"-DCMAKE_TOOLCHAIN_FILE={toolchain}",
+        "-DCMAKE_INSTALL_PREFIX=/usr",
+        *options,
+        env={"PATH": "/usr/bin:/bin"},
+    )
     run("cmake", "--build", build)
-    run("cmake", "--install", build, "--component", "updater", env={"PATH": "/usr/bin", "DESTDIR": root})
+    run(
+        "cmake",
+        "--install",
+        build,
+        "--component",
+        "updater",
+        env={"PATH": "/usr/bin", "DESTDIR": root},
+    )
     files = [file for file in listing(root) if "/doc/" not in file]
     check(files == ["data/sbin/renewer"], f"{name}: installs {files}")
     check(needed(root / "data/sbin/renewer") == ["libc.so.6"], f"{name}: needs the C library alone")
@@ -62,7 +80,9 @@ def main(source, work):
     run("sha256sum", "-c", "SHA256SUMS", cwd=out)
     run("minisign", "-V", "-p", work / "key.pub", "-m", out / "SHA256SUMS")
     complaints = subprocess.run(["lintian", *out.glob("*.deb")], text=True, capture_output=True)
-    check(not re.search("^[EW]: ", complaints.stdout, re.M), f"lintian is content {complaints.stdout}")
+    check(
+        not re.search("^[EW]: ", complaints.stdout, re.M), f"lintian is content {complaints.stdout}"
+    )
 
     for package in out.glob("*.deb"):
         run("dpkg-deb", "-x", package, work / "debian" / package.stem.split("_")[0])
@@ -80,9 +100,16 @@ def main(source, work):
     recipe_builds(sources, work, "yocto", [*options, "-DRENEWER_LIBRARIES=OFF"])
     licence = re.search(r"md5=(\w+)", recipe.read_text())[1]
     check(run("md5sum", sources / "LICENSE").startswith(licence), "the recipe knows the licence")
-    check(all(sources.name.endswith(version) for version in (
-        re.search(r"^RENEWER_VERSION = (.*)$", makefile, re.M)[1],
-        recipe.stem.split("_")[1])), "the recipes know the version")
+    check(
+        all(
+            sources.name.endswith(version)
+            for version in (
+                re.search(r"^RENEWER_VERSION = (.*)$", makefile, re.M)[1],
+                recipe.stem.split("_")[1],
+            )
+        ),
+        "the recipes know the version",
+    )
 
 
 work_directory = pathlib.Path(tempfile.mkdtemp(prefix="release-test."))

@@ -29,34 +29,127 @@ PATIENCE = 30  # seconds
 SCRIPT = "#!/bin/sh\necho writing\nsleep 4\n"
 
 # What is done and what is to be seen, a step a word or two; see `Page`.
-UPDATE = ["see asked", "click ok", "see updating", "wait acknowledge", "click acknowledge",
-          "status UPDATED", "story unitreboot"]
+UPDATE = [
+    "see asked",
+    "click ok",
+    "see updating",
+    "wait acknowledge",
+    "click acknowledge",
+    "status UPDATED",
+    "story unitreboot",
+]
 STORIES = [
-    ("led", "a whole update", ["status The unit is ready", "click start", "lamp Light_Static_Data",
-                               *UPDATE]),
-    ("led", "a long press", ["click start", "see asked", "hold right 0.33",
-                             r"story right_button is pressed:([3-9]|\d\d)s",
-                             "story poweroff button press one time 2 second", "see updating"]),
+    (
+        "led",
+        "a whole update",
+        ["status The unit is ready", "click start", "lamp Light_Static_Data", *UPDATE],
+    ),
+    (
+        "led",
+        "a long press",
+        [
+            "click start",
+            "see asked",
+            "hold right 0.33",
+            r"story right_button is pressed:([3-9]|\d\d)s",
+            "story poweroff button press one time 2 second",
+            "see updating",
+        ],
+    ),
     ("led", "a decline", ["click start", "see asked", "twice right", "status DECLINED"]),
-    ("led", "a key of the keyboard", ["click start", "see asked", "down p", "held right",
-                                      "wait_s 0.15", "up p", "story right_button is pressed:"]),
-    ("led", "power cut, and back", ["click start", "see asked", "click ok", "see updating",
-                                    "click cut", "status The power was cut while", "dark",
-                                    "wait resume", "click resume", *UPDATE]),
-    ("screen", "a whole update", ["black", "click start", "see asked", "picture confirm.bmp",
-                                  *UPDATE, "picture success.bmp"]),
-    ("screen", "a whole update by keyboard", ["focus start", "key ENTER", "see asked",
-                                              "key ENTER", "see updating", "wait acknowledge",
-                                              "focus acknowledge", "key ENTER", "status UPDATED"]),
+    (
+        "led",
+        "a key of the keyboard",
+        [
+            "click start",
+            "see asked",
+            "down p",
+            "held right",
+            "wait_s 0.15",
+            "up p",
+            "story right_button is pressed:",
+        ],
+    ),
+    (
+        "led",
+        "power cut, and back",
+        [
+            "click start",
+            "see asked",
+            "click ok",
+            "see updating",
+            "click cut",
+            "status The power was cut while",
+            "dark",
+            "wait resume",
+            "click resume",
+            *UPDATE,
+        ],
+    ),
+    (
+        "screen",
+        "a whole update",
+        [
+            "black",
+            "click start",
+            "see asked",
+            "picture confirm.bmp",
+            *UPDATE,
+            "picture success.bmp",
+        ],
+    ),
+    (
+        "screen",
+        "a whole update by keyboard",
+        [
+            "focus start",
+            "key ENTER",
+            "see asked",
+            "key ENTER",
+            "see updating",
+            "wait acknowledge",
+            "focus acknowledge",
+            "key ENTER",
+            "status UPDATED",
+        ],
+    ),
     ("screen", "a decline", ["click start", "see asked", "key ESCAPE", "status DECLINED"]),
-    ("screen", "no power", ["set battery 6.4", "set external 0", "click start",
-                            "wait acknowledge", "click acknowledge",
-                            "status REFUSED (battery"]),
-    ("screen", "supplies while it runs", ["set battery 8.2", "click start", "see asked",
-                                          "set external 12", "story deskexternal 12 V"]),
-    ("screen", "another package", ["package update_b20240523.bin", "status The unit is checking",
-                                   "see asked", "package broken", "status REFUSED (package",
-                                   "package update_b20240523.bin", "see asked"]),
+    (
+        "screen",
+        "no power",
+        [
+            "set battery 6.4",
+            "set external 0",
+            "click start",
+            "wait acknowledge",
+            "click acknowledge",
+            "status REFUSED (battery",
+        ],
+    ),
+    (
+        "screen",
+        "supplies while it runs",
+        [
+            "set battery 8.2",
+            "click start",
+            "see asked",
+            "set external 12",
+            "story deskexternal 12 V",
+        ],
+    ),
+    (
+        "screen",
+        "another package",
+        [
+            "package update_b20240523.bin",
+            "status The unit is checking",
+            "see asked",
+            "package broken",
+            "status REFUSED (package",
+            "package update_b20240523.bin",
+            "see asked",
+        ],
+    ),
     ("oled", "the example", ["click start", "glow"]),
 ]
 
@@ -88,7 +181,8 @@ class Page:
 
     def hold(self, name, seconds):
         ActionChains(self.browser, duration=0).click_and_hold(self.at(name)).pause(
-            float(seconds)).release().perform()
+            float(seconds)
+        ).release().perform()
 
     def twice(self, name):
         ActionChains(self.browser, duration=0).click(self.at(name)).click().perform()
@@ -108,7 +202,9 @@ class Page:
     def set(self, name, value):
         self.browser.execute_script(
             "arguments[0].value = arguments[1]; arguments[0].dispatchEvent(new Event('change'))",
-            self.at(name), value)
+            self.at(name),
+            value,
+        )
 
     def package(self, name):
         self.at("package").send_keys(str(self.files / name))
@@ -167,8 +263,12 @@ class Desk:
 
     def __init__(self, command):
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
-        self.address = next(word for line in self.process.stdout for word in line.split()
-                            if word.startswith("http://"))
+        self.address = next(
+            word
+            for line in self.process.stdout
+            for word in line.split()
+            if word.startswith("http://")
+        )
 
     def __enter__(self):
         return self
@@ -179,9 +279,11 @@ class Desk:
     def ask(self, path, method="GET", **headers):
         place = urllib.parse.urlsplit(self.address)
         connection = http.client.HTTPConnection(place.netloc)
-        connection.request(method, path.replace("TOKEN/", place.path.lstrip("/")),
-                           headers={name: value.replace("HERE", place.netloc)
-                                    for name, value in headers.items()})
+        connection.request(
+            method,
+            path.replace("TOKEN/", place.path.lstrip("/")),
+            headers={name: value.replace("HERE", place.netloc) for name, value in headers.items()},
+        )
         return connection.getresponse().status
 
     def end(self):
@@ -208,15 +310,34 @@ REQUESTS = [  # path, method, headers, status
 def make_package(pack, file, model, script):
     script_file = file.with_suffix(".sh")
     script_file.write_text(script)
-    subprocess.run([pack, "create", "-o", file, "--version", "1.1.4.0", "--pn",
-                    f"10{model}563400120000", "--revision", "1a2b3c4d", f"install={script_file}"],
-                   check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(
+        [
+            pack,
+            "create",
+            "-o",
+            file,
+            "--version",
+            "1.1.4.0",
+            "--pn",
+            f"10{model}563400120000",
+            "--revision",
+            "1a2b3c4d",
+            f"install={script_file}",
+        ],
+        check=True,
+        stdout=subprocess.DEVNULL,
+    )
 
 
 def new_browser():
     options = webdriver.ChromeOptions()
-    for option in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage",
-                   "--window-size=1280,900", "--disable-gpu"):
+    for option in (
+        "--headless=new",
+        "--no-sandbox",
+        "--disable-dev-shm-usage",
+        "--window-size=1280,900",
+        "--disable-gpu",
+    ):
         options.add_argument(option)
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
     return webdriver.Chrome(options=options)
@@ -283,7 +404,8 @@ def use(model, desk, page):
     log = [line for line in browser.get_log("browser") if line["level"] == "SEVERE"]
     assert not log, log
     loaded = browser.execute_script(
-        "return performance.getEntriesByType('resource').map((one) => one.name)")
+        "return performance.getEntriesByType('resource').map((one) => one.name)"
+    )
     assert loaded and all(one.startswith(desk.address) for one in loaded), loaded
     assert desk.end() == 130
     page.do("trouble The desk is gone")
@@ -294,8 +416,15 @@ def main(panel, pack, prompts, pictures=None):
     try:
         for model in ("led", "screen", "oled"):
             with tempfile.TemporaryDirectory() as work:
-                check_model(model, browser, panel, pack, pathlib.Path(prompts), pathlib.Path(work),
-                            pictures and pathlib.Path(pictures))
+                check_model(
+                    model,
+                    browser,
+                    panel,
+                    pack,
+                    pathlib.Path(prompts),
+                    pathlib.Path(work),
+                    pictures and pathlib.Path(pictures),
+                )
     finally:
         browser.quit()
 

@@ -24,19 +24,22 @@ def fields_of_desk(prefix):
     with tempfile.NamedTemporaryFile("w", suffix=".yaml") as unit:
         unit.write(nested)
         unit.flush()
-        told = subprocess.run([desk, "run", "--unit", unit.name, "/dev/null"],
-                              capture_output=True, text=True).stderr
+        told = subprocess.run(
+            [desk, "run", "--unit", unit.name, "/dev/null"], capture_output=True, text=True
+        ).stderr
     return set(told.strip().split("there are ")[1].split(", "))
 
 
 properties = schema["properties"]
-for prefix, known in [((), properties), (("versions",), properties["versions"]["properties"]),
-                      (("application",), properties["application"]["properties"]),
-                      (("faults",), properties["faults"]["properties"]),
-                      (("faults", "disk_full"),
-                       properties["faults"]["properties"]["disk_full"]["properties"]),
-                      (("files", "/a"), properties["files"]["additionalProperties"]["properties"]),
-                      (("battery",), schema["definitions"]["supply"]["oneOf"][1]["properties"])]:
+for prefix, known in [
+    ((), properties),
+    (("versions",), properties["versions"]["properties"]),
+    (("application",), properties["application"]["properties"]),
+    (("faults",), properties["faults"]["properties"]),
+    (("faults", "disk_full"), properties["faults"]["properties"]["disk_full"]["properties"]),
+    (("files", "/a"), properties["files"]["additionalProperties"]["properties"]),
+    (("battery",), schema["definitions"]["supply"]["oneOf"][1]["properties"]),
+]:
     if fields_of_desk(prefix) != set(known):
         sys.exit(f"{prefix}: the desk knows {fields_of_desk(prefix)}, the schema {set(known)}")
 

@@ -20,8 +20,14 @@ from machine import Machine  # noqa: E402
 from scenarios import SCENARIOS  # noqa: E402
 from unit import ADC, archive_of, story, usual_tree  # noqa: E402
 
-LETTERS = {"Light_Static_Data": "S", "Light_Gps": "G", "Light_Data_Se": "T", "Light_Data_Re": "R",
-           "Light_Charge": "C", "Light_Power": "P"}
+LETTERS = {
+    "Light_Static_Data": "S",
+    "Light_Gps": "G",
+    "Light_Data_Se": "T",
+    "Light_Data_Re": "R",
+    "Light_Charge": "C",
+    "Light_Power": "P",
+}
 PROMPT_PICTURES = f"{BUILD}/simulator/unit/pictures"
 BUILT_IN_PICTURES = f"{BUILD}/tests/built_in_pictures"
 ACKNOWLEDGED = (3000, "runs sh -c touch /tmp/update_over", "remove /tmp/update_over")
@@ -66,11 +72,11 @@ def without_repetition(seen):
     told = []
     while seen:
         times = 1
-        while len(seen) > 1 and seen[2 * times:2 * times + 2] == seen[:2]:
+        while len(seen) > 1 and seen[2 * times : 2 * times + 2] == seen[:2]:
             times += 1
         if times > 1:
             told.append(f"{times} x {seen[0]}, {seen[1]}")
-            seen = seen[2 * times:]
+            seen = seen[2 * times :]
         else:
             told.append(seen.pop(0))
     return told
@@ -78,26 +84,39 @@ def without_repetition(seen):
 
 def without_polls(lines):
     """The lines, those that tell of a look for the end marker only once."""
-    return [line for i, line in enumerate(lines)
-            if i == 0 or line != lines[i - 1] or "check_update_over" not in line]
+    return [
+        line
+        for i, line in enumerate(lines)
+        if i == 0 or line != lines[i - 1] or "check_update_over" not in line
+    ]
 
 
 def commands(events):
-    return without_polls([line[len("runs sh -c "):] for _, line in events
-                      if line.startswith("runs sh -c ") and "sh -c exec " not in line])
+    return without_polls(
+        [
+            line[len("runs sh -c ") :]
+            for _, line in events
+            if line.startswith("runs sh -c ") and "sh -c exec " not in line
+        ]
+    )
 
 
 def left(tree, files):
     """The files that are new or other than before, and what they are a copy of."""
-    tree = {path: content.encode() if isinstance(content, str) else content
-            for path, content in tree.items()}
+    tree = {
+        path: content.encode() if isinstance(content, str) else content
+        for path, content in tree.items()
+    }
     origin = {content: path for path, content in tree.items()}
     told = []
     for path, content in files.items():
         if not path.startswith("/result") and content is not None and tree.get(path) != content:
             told.append(f"{path} = {origin[content]}" if content in origin else path)
-    gone = [f"{path} is gone" for path in tree
-            if path.startswith(("/data", "/firmware", "/update")) and path not in files]
+    gone = [
+        f"{path} is gone"
+        for path in tree
+        if path.startswith(("/data", "/firmware", "/update")) and path not in files
+    ]
     return sorted(told + gone)
 
 
@@ -122,26 +141,37 @@ def play(machine, name, pictures):
     """What was expected of a scenario and what was seen, each as lines of text."""
     scenario = SCENARIOS[name]
     tree = usual_tree(scenario["model"], f"{ARM_BUILD}/src/update/renewer")
-    tree |= {path if path[0] == "/" else f"{ADC}/{path}": content
-             for path, content in scenario.get("tree", {}).items()}
+    tree |= {
+        path if path[0] == "/" else f"{ADC}/{path}": content
+        for path, content in scenario.get("tree", {}).items()
+    }
     if "prompt_pictures" in scenario:
         for path in glob.glob(f"{PROMPT_PICTURES}/*.bmp"):
             with open(path, "rb") as file:
                 tree[f"/reserve/update/{os.path.basename(path)}"] = file.read()
     program = scenario.get("program", "/data/sbin/renewer")
-    tree["/etc/story"] = story(f"{program} {scenario['arguments']}",
-                               scenario.get("story", []) + [ACKNOWLEDGED])
+    tree["/etc/story"] = story(
+        f"{program} {scenario['arguments']}", scenario.get("story", []) + [ACKNOWLEDGED]
+    )
     console, files = machine.play(name, archive_of(tree))
     lines = files["/result/time_line"].decode(errors="replace").splitlines()
     events = [(float(line.split(" ", 1)[0]), line.split(" ", 1)[1]) for line in lines]
     log = (files.get("/data/app/log/update.log") or b"").decode().splitlines()
-    seen = {"runs": commands(events), "shows": shown(events, files, pictures),
-            "log": without_polls(log), "leaves": left(tree, files), "ends": [ending(console, events)],
-            "panel": [events[-1][1].removeprefix("panel ")], "spans": spans(events, scenario.get("spans", []))}
+    seen = {
+        "runs": commands(events),
+        "shows": shown(events, files, pictures),
+        "log": without_polls(log),
+        "leaves": left(tree, files),
+        "ends": [ending(console, events)],
+        "panel": [events[-1][1].removeprefix("panel ")],
+        "spans": spans(events, scenario.get("spans", [])),
+    }
     wanted = {"panel": ["understood all"], "spans": [], **scenario}
     wanted["log"], wanted["ends"] = scenario.get("log", "").splitlines(), [scenario["ends"]]
-    return ([f"{part}: {line}" for part in seen for line in wanted[part]],
-            [f"{part}: {line}" for part, list_of in seen.items() for line in list_of])
+    return (
+        [f"{part}: {line}" for part in seen for line in wanted[part]],
+        [f"{part}: {line}" for part, list_of in seen.items() for line in list_of],
+    )
 
 
 def main():
@@ -156,7 +186,9 @@ def main():
             print(f"{'passed' if seen == wanted else 'FAILED'}  {name}", flush=True)
             if seen != wanted:
                 failed += 1
-                print("\n".join(difflib.unified_diff(wanted, seen, "expected", "seen", lineterm="")))
+                print(
+                    "\n".join(difflib.unified_diff(wanted, seen, "expected", "seen", lineterm=""))
+                )
     sys.exit(failed)
 
 

@@ -54,8 +54,13 @@ class Generators(unittest.TestCase):
         good = pathlib.Path(lists).read_text(encoding="utf-8")
         self.assertEqual(
             self.run_on(good, "glyphs.py", "check", "texts.h"),
-            (1, "".join(f"texts.h:3: no glyph for {character}\n"
-                        for character in ("龙 (U+9F99)", "é (U+00E9)", "Ж (U+0416)"))),
+            (
+                1,
+                "".join(
+                    f"texts.h:3: no glyph for {character}\n"
+                    for character in ("龙 (U+9F99)", "é (U+00E9)", "Ж (U+0416)")
+                ),
+            ),
         )
         (self.place / "texts.h").write_text('"卫星 ok"', encoding="utf-8")
         self.assertEqual(self.run_on(good, "glyphs.py", "check", "texts.h"), (0, ""))
@@ -82,8 +87,10 @@ class Generators(unittest.TestCase):
         self.assertTrue((self.place / "one.bmp").exists(), "the control")
 
     def test_draws_to_the_pixel(self):
-        text = "# A comment\n\npicture p%d 4 2 #102030 2\nbox 1 0 2 1 0 #ff0000\n" \
+        text = (
+            "# A comment\n\npicture p%d 4 2 #102030 2\nbox 1 0 2 1 0 #ff0000\n"
             "line 0 1.5 2 1.5 1 white\n"
+        )
         self.assertEqual(self.run_on(text, "pictures.py", fonts, "bmp", "."), (0, ""))
         ground, red, white = (16, 32, 48), (255, 0, 0), (255, 255, 255)
         for name in ("p0.bmp", "p1.bmp"):

@@ -48,8 +48,13 @@ def complaints(row, schema):
     command = parts[0] if kind == "$" else "renewer-pack " + parts[0]
     if kind == "$":
         command = line
-    done = subprocess.run(["bash", "-c", SHELL + command], capture_output=True, check=False,
-                          stdin=subprocess.DEVNULL, timeout=100)
+    done = subprocess.run(
+        ["bash", "-c", SHELL + command],
+        capture_output=True,
+        check=False,
+        stdin=subprocess.DEVNULL,
+        timeout=100,
+    )
     out, err = done.stdout.decode(errors="replace"), done.stderr.decode(errors="replace")
     if kind == "$":
         if done.returncode != 0:
