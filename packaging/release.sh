@@ -23,11 +23,11 @@ say() { printf 'release: %s\n' "$*" >&2; }
 
 build() { # directory, then options of cmake
   local log=$work/build.log
-  cmake -G Ninja -S "$sources" -B "$work/$1" -DCMAKE_BUILD_TYPE=MinSizeRel -DRENEWER_TESTS=OFF \
-    "${@:2}" >"$log" 2>&1 && cmake --build "$work/$1" >>"$log" 2>&1 || {
+  if ! cmake -G Ninja -S "$sources" -B "$work/$1" -DCMAKE_BUILD_TYPE=MinSizeRel \
+    -DRENEWER_TESTS=OFF "${@:2}" >"$log" 2>&1 || ! cmake --build "$work/$1" >>"$log" 2>&1; then
     cat "$log" >&2
     exit 1
-  }
+  fi
 }
 
 say "sources"

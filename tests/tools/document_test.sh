@@ -15,6 +15,7 @@ printf 'updater\n' >renewer.bin
 
 # The commands are the indented lines up to the next section, what they print is between fences
 # without a language. The last part of the how-to's section is of examples alone.
+# shellcheck disable=SC2016
 sed -n "/^$heading\$/,/^## [^#]/p" "$document" |
     sed -e '/^### In a script/,$d' -e '/^```cpp$/,/^```$/d' >section
 [ -s section ]

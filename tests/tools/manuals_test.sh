@@ -71,7 +71,7 @@ zsh -n zsh.completion || complain "zsh cannot read its completion"
 for command in $(renewer-pack --help | sed -n '/^Commands:/,$ s/^  \([a-z]*\) .*/\1/p'); do
     renewer-pack manual "$command" >page
     for option in $(renewer-pack help "$command" | grep -o -- '^  -[^ ]*' | tr ',' ' '); do
-        grep -q -- "$(sed 's/-/\\\\-/g' <<<"$option")" page || complain "$option in no page"
+        grep -q -- "${option//-/\\\\-}" page || complain "$option in no page"
         grep -q -- "'$command.*$option\|\[$command\].*$option" bash.completion ||
             complain "bash: no $command $option"
         sed -n "/^    $command)/,/;;/p" zsh.completion | grep -q -- "'$option\[" ||
@@ -87,5 +87,5 @@ done
 words() { tr -cs '[:alnum:]/_' '\n' | tr '[:upper:]' '[:lower:]' | sort -u; }
 MANWIDTH=1000 man -l "$updater_manual" | words >page
 "$updater" --help | words | comm -23 - page >missing
-[ ! -s missing ] || complain "renewer(8) lacks" $(cat missing)
+[ ! -s missing ] || complain "renewer(8) lacks" "$(paste -sd ' ' missing)"
 exit "$failures"
