@@ -1,10 +1,7 @@
-"""C++ sources that hold nothing but bytes."""
-
-
 def write_arrays(path, header, arrays):
-    """Writes a file that defines constants of namespace renewer as `header` declares them.
+    """Writes a C++ file that defines the constants of namespace renewer that `header` declares.
 
-    `arrays` holds the bytes of each by its type and name.
+    `arrays` maps the type and name of each constant to its bytes.
     """
     with open(path, "w", encoding="ascii") as file:
         print(f'// Made at build time.\n#include "{header}"\n\nnamespace renewer {{', file=file)

@@ -1,27 +1,26 @@
 #!/usr/bin/env python3
 """Draws small pictures from a description.
 
-    pictures.py DESCRIPTION FONT_DIRECTORY source HEADER FILE
-    pictures.py DESCRIPTION FONT_DIRECTORY bmp DIRECTORY
+usage: pictures.py DESCRIPTION FONT_DIRECTORY source HEADER FILE
+       pictures.py DESCRIPTION FONT_DIRECTORY bmp DIRECTORY
 
-"source" writes a C++ file that defines, as HEADER declares them, arrays of RGB565 pixels (two
-bytes, the high one first, from the top row on); "bmp" writes one 24-bit BMP file a picture.
+"source" writes a C++ file that defines the arrays of RGB565 pixels that HEADER declares (two bytes
+a pixel, the high one first, top row first); "bmp" writes one 24-bit BMP file per picture.
 
-A description has one element a line. Places and sizes are in pixels from the top left corner and
-may have a fraction (a font's size may not); a colour is "black", "white" or "#rrggbb"; a line that
-starts with "# " and an empty one are skipped.
+A description has one element per line. Positions and sizes are in pixels from the top left corner
+and may have a fraction (a font's size may not); a colour is "black", "white" or "#rrggbb"; empty
+lines and lines that start with "# " are skipped.
 
     font FILE                                    the font of the texts that follow
     picture NAME WIDTH HEIGHT COLOUR [FRAMES]    starts a picture filled with the colour; with a
                                                  number of frames, "%d" in the name becomes 0, 1 ..
-    text ANCHOR X Y SIZE COLOUR WORDS            one line; the point is in the "centre" of the ink
-                                                 or at its "top", "left", "bottom-right" and so on
-    line X Y X Y THICKNESS COLOUR                with round ends; a disc when both ends are one
+    text ANCHOR X Y SIZE COLOUR WORDS            one line; X Y is the "centre" of its ink or its
+                                                 "top", "left", "bottom-right" and so on
+    line X Y X Y THICKNESS COLOUR                with round ends; a disc if both ends are equal
     box X Y WIDTH HEIGHT RADIUS COLOUR           filled, with round corners
-    spinner X Y RADIUS DOT COLOUR                a ring of dots, one for each frame, that fade
+    spinner X Y RADIUS DOT COLOUR                a ring of fading dots, one for each frame
 """
 
-import argparse
 import math
 import os
 import re
@@ -30,10 +29,10 @@ import sys
 from cpp_source import write_arrays
 from PIL import Image, ImageDraw, ImageFont
 
-# Shapes are drawn so many times as large and reduced, which makes their edges soft.
+# Shapes are drawn enlarged by this factor and then reduced, which smooths their edges.
 SCALE = 8
 FAINTEST = 0.15
-# How much of a text's ink lies left of its point, and above it.
+# The share of a text's ink that lies left of its point, and above it.
 ANCHORS = {
     "top-left": (0, 0),
     "top": (0.5, 0),
@@ -52,11 +51,13 @@ class Drawing:
         self.fonts = fonts
         self.font = None
         self.pictures = {}  # by name
-        self.frames = []  # those of the last picture: what is drawn goes to all of them
+        self.frames = []  # of the last picture; elements are drawn on all of them
 
 
 def set_font(drawing, name):
     drawing.font = os.path.join(drawing.fonts, name)
+    if not os.path.exists(drawing.font):
+        raise ValueError(f"there is no font {drawing.font}")
 
 
 def start_picture(drawing, name, width, height, background, frames=1):
@@ -67,15 +68,16 @@ def start_picture(drawing, name, width, height, background, frames=1):
         drawing.pictures[name.replace("%d", str(number))] = frame
 
 
-def fill(frame, paint, shape):
+def fill(frames, paint, shape):
     """Lays `paint` over what `shape` draws on an enlarged mask: 0 nothing, 255 all of it."""
-    mask = Image.new("L", (frame.width * SCALE, frame.height * SCALE))
-    shape(ImageDraw.Draw(mask))
-    frame.paste(paint, mask=mask.reduce(SCALE))
+    for frame in frames:
+        mask = Image.new("L", (frame.width * SCALE, frame.height * SCALE))
+        shape(ImageDraw.Draw(mask))
+        frame.paste(paint, mask=mask.reduce(SCALE))
 
 
 def edges(left, top, right, bottom):
-    """The enlarged box between the given places; Pillow takes the last pixels, not the ends."""
+    """The enlarged box; Pillow wants the last pixels that belong to it, not its ends."""
     left, top, right, bottom = (round(place * SCALE) for place in (left, top, right, bottom))
     return left, top, right - 1, bottom - 1
 
@@ -93,14 +95,12 @@ def add_line(drawing, x, y, end_x, end_y, thickness, paint):
         disc(on, x, y, thickness)
         disc(on, end_x, end_y, thickness)
 
-    for frame in drawing.frames:
-        fill(frame, paint, shape)
+    fill(drawing.frames, paint, shape)
 
 
 def add_box(drawing, x, y, width, height, radius, paint):
     outline = edges(x, y, x + width, y + height)
-    for frame in drawing.frames:
-        fill(frame, paint, lambda on: on.rounded_rectangle(outline, radius * SCALE, 255))
+    fill(drawing.frames, paint, lambda on: on.rounded_rectangle(outline, radius * SCALE, 255))
 
 
 def add_spinner(drawing, x, y, radius, dot, paint):
@@ -114,12 +114,12 @@ def add_spinner(drawing, x, y, radius, dot, paint):
                 place = x + radius * math.sin(angle), y - radius * math.cos(angle)
                 disc(on, *place, dot, round(255 * opacity))
 
-        fill(frame, paint, shape)
+        fill([frame], paint, shape)
 
 
 def ink_of(font, words):
     """The mask of a line of text, without a margin."""
-    # U+FFFF is never a character: this is what the font draws for all that it lacks.
+    # U+FFFF is never a character, so this is what the font draws for a missing glyph.
     lacking = list(font.getmask("\uffff"))
     if any(list(font.getmask(character)) == lacking for character in words):
         raise ValueError(f'the font lacks a character of "{words}"')
@@ -130,18 +130,12 @@ def ink_of(font, words):
 
 
 def add_text(drawing, anchor, x, y, size, paint, words):
-    try:
-        font = ImageFont.truetype(drawing.font, size)
-    except OSError:
-        raise ValueError(f"cannot read the font {drawing.font}")
-    ink = ink_of(font, words)
+    ink = ink_of(ImageFont.truetype(drawing.font, size), words)
     left = math.floor(x - anchor[0] * ink.width)
     top = math.floor(y - anchor[1] * ink.height)
     for frame in drawing.frames:
         if left < 0 or top < 0 or left + ink.width > frame.width or top + ink.height > frame.height:
-            raise ValueError(
-                f'"{words}" needs {ink.width} x {ink.height} pixels and does not lie wholly inside'
-            )
+            raise ValueError(f'"{words}", {ink.width} x {ink.height}, does not lie wholly inside')
         frame.paste(paint, (left, top), ink)
 
 
@@ -157,7 +151,7 @@ def colour(name):
     return name
 
 
-# How each element's words are read. The last one takes the rest of the line.
+# How the words of each element are read. The last one takes the rest of the line.
 ELEMENTS = {
     "font": (set_font, str),
     "picture": (start_picture, str, int, int, colour, int),
@@ -168,7 +162,7 @@ ELEMENTS = {
 }
 
 
-def follow(drawing, line):
+def add_element(drawing, line):
     element, *rest = line.split(None, 1)
     if element not in ELEMENTS:
         raise ValueError(f'"{element}" is no element')
@@ -182,14 +176,14 @@ def follow(drawing, line):
 
 
 def draw(description, fonts):
-    """The pictures by name."""
+    """The pictures of a description, by name."""
     drawing = Drawing(fonts)
     with open(description, encoding="utf-8") as file:
         for number, line in enumerate(file, 1):
             line = line.strip()
             if line and not line.startswith("# "):
                 try:
-                    follow(drawing, line)
+                    add_element(drawing, line)
                 except ValueError as error:
                     raise ValueError(f"{description}:{number}: {error}")
     return drawing.pictures
@@ -200,32 +194,25 @@ def rgb565(picture):
     return bytes(byte for pixel in pixels for byte in pixel)
 
 
-def declaration(name, picture):
-    return f"sa1230_picture<{picture.width}, {picture.height}> {name}"
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("description")
-    parser.add_argument("fonts")
-    forms = parser.add_subparsers(dest="form", required=True)
-    for form, names in {"source": ["header", "file"], "bmp": ["directory"]}.items():
-        of_form = forms.add_parser(form)
-        for name in names:
-            of_form.add_argument(name)
-    given = parser.parse_args()
-    pictures = draw(given.description, given.fonts)
-    if given.form == "source":
-        arrays = {declaration(*item): rgb565(item[1]) for item in pictures.items()}
-        write_arrays(given.file, given.header, arrays)
-    else:
-        os.makedirs(given.directory, exist_ok=True)
-        for name, picture in pictures.items():
-            picture.save(os.path.join(given.directory, name + ".bmp"))
+def main(arguments):
+    match arguments:
+        case [description, fonts, "source", header, file]:
+            arrays = {
+                f"sa1230_picture<{picture.width}, {picture.height}> {name}": rgb565(picture)
+                for name, picture in draw(description, fonts).items()
+            }
+            write_arrays(file, header, arrays)
+        case [description, fonts, "bmp", directory]:
+            pictures = draw(description, fonts)
+            os.makedirs(directory, exist_ok=True)
+            for name, picture in pictures.items():
+                picture.save(os.path.join(directory, name + ".bmp"))
+        case _:
+            sys.exit(__doc__)
 
 
 if __name__ == "__main__":
     try:
-        main()
+        main(sys.argv[1:])
     except (OSError, ValueError) as error:
         sys.exit(f"pictures.py: {error}")
