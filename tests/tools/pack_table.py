@@ -26,6 +26,8 @@ texts='--version 1.1.4.0 --pn 101356340012 --revision 1a2b3c4d'
 export SOURCE_DATE_EPOCH=1716455101                      # 23 May 2024, 09:05:01
 # patch FROM TO OFFSET BYTES: a copy with other bytes, as printf writes them
 patch() { cp "$1" "$2" && printf "$4" | dd of="$2" bs=1 seek="$3" conv=notrunc status=none; }
+# other FROM TO OFFSET: a copy with another letter or digit there, whatever it was
+other() { patch "$@" "$(tail -c +$(($3 + 1)) "$1" | head -c 1 | tr 'A-Za-z0-9+/' 'B-ZAb-za1-90AA')"; }
 # bytes: of the hexadecimal digits that it reads
 bytes() { python3 -c 'import sys; sys.stdout.buffer.write(bytes.fromhex(sys.stdin.read()))'; }
 # old FILE VERSION DIGITS [NODES]: a package of the old layout
