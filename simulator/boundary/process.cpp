@@ -19,15 +19,10 @@
 
 namespace boundary {
 
-double speed = 1;
 bool is_program = false;
 unsigned long spi_transfers_that_work = ~0ul;
 
 namespace {
-
-decltype(&system) next_system = nullptr;
-long shell_failures = 0;
-const char *failing_command = "";
 
 // The socket is opened for each record, so that no descriptor of the program's is taken or closed.
 void send_parts(std::span<const iovec> parts) {
@@ -48,19 +43,14 @@ void send_parts(std::span<const iovec> parts) {
 }
 
 [[gnu::constructor]] void begin() {
-    const char *text = getenv(simulator::speed_variable);
-    if (text != nullptr && strtod(text, nullptr) > 0) {
-        speed = strtod(text, nullptr);
-    }
     if (const char *count = getenv(simulator::spi_transfers_variable)) {
         spi_transfers_that_work = strtoul(count, nullptr, 10);
     }
     if (const char *failures = getenv(simulator::shell_failures_variable)) {
         char *command = nullptr;
-        shell_failures = strtol(failures, &command, 10);
-        failing_command = command + 1;
+        no_shells.left = strtol(failures, &command, 10);
+        no_shells.command = command + 1;
     }
-    next_system = next<decltype(system)>("system");
     is_program = getenv(simulator::program_variable) != nullptr;
     unsetenv(simulator::program_variable);
 }
@@ -70,22 +60,6 @@ void send_parts(std::span<const iovec> parts) {
     if (is_program && getrusage(RUSAGE_SELF, &usage) == 0) {
         tell("memory %ld", usage.ru_maxrss);
     }
-}
-
-// Of any length, and without memory of its own: `system` is called in the context of a signal too.
-void tell_long(const char *kind, const char *text) {
-    const iovec parts[] = {{const_cast<char *>(kind), strlen(kind)},
-                           {const_cast<char *>(text), strlen(text)}};
-    send_parts(parts);
-}
-
-bool no_shell_for(const char *command) {
-    if (shell_failures == 0 || strncmp(command, failing_command, strlen(failing_command)) != 0) {
-        return false;
-    }
-    --shell_failures;
-    errno = EAGAIN;
-    return true;
 }
 
 } // namespace
@@ -109,6 +83,12 @@ void tell(const char *format, ...) {
     }
 }
 
+void tell_long(const char *kind, const char *text) {
+    const iovec parts[] = {{const_cast<char *>(kind), strlen(kind)},
+                           {const_cast<char *>(text), strlen(text)}};
+    send_parts(parts);
+}
+
 void descriptor_path(int descriptor, char (&path)[256]) {
     char link[64];
     snprintf(link, sizeof(link), "/proc/self/fd/%d", descriptor);
@@ -119,13 +99,6 @@ void descriptor_path(int descriptor, char (&path)[256]) {
 } // namespace boundary
 
 extern "C" {
-
-int system(const char *command) {
-    boundary::tell_long("shell ", command);
-    const int status = boundary::no_shell_for(command) ? -1 : boundary::next_system(command);
-    boundary::tell_long("ended ", command);
-    return status;
-}
 
 // ThreadSanitizer's runtime holds signals back in waits that it does not know to block, as this
 // one: with it the wait is made of sleeps, which it knows.

@@ -110,11 +110,8 @@ void player::note(const std::string &line) {
             next.due = now + next.delay;
         }
     }
-    // The panel's lines are LED-class entries.
-    if (line.starts_with("led Oled_Power ")) {
-        panel.power(line.back() != '0');
-    } else if (line.starts_with("led Oled_Rst ")) {
-        panel.reset(line.back() != '0');
+    if (line.starts_with("led ")) {
+        panel.led(std::string_view(line).substr(4));
     }
 }
 

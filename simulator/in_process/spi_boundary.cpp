@@ -1,18 +1,21 @@
 #include "simulator/in_process/spi_boundary.h"
 
 #include "simulator/boundary/spi_requests.h"
+#include "simulator/in_process/asked.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <poll.h>
+#include <fstream>
 #include <sys/ioctl.h>
-#include <sys/select.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+namespace fs = std::filesystem;
+
+static const fs::path panel_lines[] = {"/sys/class/leds/Oled_Power/brightness",
+                                       "/sys/class/leds/Oled_Rst/brightness"};
 
 spi_boundary &spi() {
     static spi_boundary the_link;
@@ -20,15 +23,31 @@ spi_boundary &spi() {
 }
 
 void spi_boundary::forget() {
-    transcript.clear();
+    asked().transcript.clear();
     pixels.clear();
     transfers = 0;
+}
+
+void spi_boundary::take_lines_of_panel() {
+    for (const fs::path &line : panel_lines) {
+        std::ifstream file(line);
+        if (std::string value; file >> value) {
+            panel.led(line.parent_path().filename().string() + " " + value);
+        }
+    }
+}
+
+void put_lcd(const fs::path &node) {
+    for (const fs::path &file : {node, panel_lines[0], panel_lines[1]}) {
+        fs::create_directories(file.parent_path());
+        std::ofstream{file};
+    }
 }
 
 namespace {
 
 void note(const std::string &line) {
-    spi().transcript += line + "\n";
+    asked().transcript += line + "\n";
 }
 
 int send(const spi_ioc_transfer &transfer) {
@@ -78,8 +97,7 @@ struct spi_link {
 
 } // namespace
 
-// These take the place of the C library's for the whole test program.
-
+// Takes the place of the C library's for the whole test program.
 extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
     va_list arguments;
     va_start(arguments, request);
@@ -90,48 +108,4 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
     }
     spi_link link;
     return boundary::answer_spi_request(link, request, argument);
-}
-
-extern "C" int system(const char *command) {
-    note("shell " + std::string(command));
-    int value = 0;
-    char line[32];
-    if (sscanf(command, "echo %d > /sys/class/leds/%31[^/]/brightness", &value, line) != 2) {
-        return 1;
-    }
-    if (std::string(line) == "Oled_Power") {
-        spi().panel.power(value != 0);
-    } else if (std::string(line) == "Oled_Rst") {
-        spi().panel.reset(value != 0);
-    }
-    return 0;
-}
-
-extern "C" int usleep(useconds_t time) {
-    note("wait " + std::to_string(time) + " us");
-    return 0;
-}
-
-extern "C" unsigned sleep(unsigned seconds) {
-    if (spi().before_sleep) {
-        spi().before_sleep();
-    }
-    note("sleep " + std::to_string(seconds) + " s");
-    return 0;
-}
-
-// The time passes at once when nothing is to be read.
-extern "C" int select(int count, fd_set *readable, fd_set *, fd_set *, timeval *time_out) {
-    char text[64];
-    snprintf(text, sizeof(text), "select %ld.%06ld s", static_cast<long>(time_out->tv_sec),
-             static_cast<long>(time_out->tv_usec));
-    note(text);
-    for (int fd = 0; fd < count; ++fd) {
-        pollfd one = {fd, POLLIN, 0};
-        if (FD_ISSET(fd, readable) && poll(&one, 1, 0) == 1) {
-            return 1;
-        }
-    }
-    *time_out = {};
-    return 0;
 }

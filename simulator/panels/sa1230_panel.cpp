@@ -68,6 +68,15 @@ void sa1230_panel::level(int data) {
     data_level = data != 0;
 }
 
+void sa1230_panel::led(std::string_view name_and_value) {
+    const bool lit = !name_and_value.ends_with(" 0");
+    if (name_and_value.starts_with("Oled_Power ")) {
+        power(lit);
+    } else if (name_and_value.starts_with("Oled_Rst ")) {
+        reset(lit);
+    }
+}
+
 void sa1230_panel::forget() {
     awake = on = full = false;
     brightness = 0;

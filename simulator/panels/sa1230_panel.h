@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace simulator {
@@ -36,6 +37,9 @@ public:
     void power(bool on);
     void reset(bool high);
     void level(int data);
+    // The first two as a unit switches them, through LED files: what was written to which, as
+    // "Oled_Rst 255". Other LEDs are passed over.
+    void led(std::string_view name_and_value);
 
     // One transfer. Returns what it was, for a log: "command 2A", "data 00 7D", "pixels 4096".
     std::string transfer(std::span<const uint8_t> bytes);

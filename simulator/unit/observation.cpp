@@ -100,7 +100,7 @@ void observation::note_record(std::string_view record) {
     } else if (const auto kind = kind_named(name)) {
         note(*kind, text, background);
         if (*kind == event_kind::led) {
-            take_line(text);
+            result.panel.led(text);
         }
     }
 }
@@ -113,15 +113,6 @@ void observation::take_command_end(std::string_view command) {
             result.durations[number] = now() - begun.at;
             return;
         }
-    }
-}
-
-// The panel's power and reset lines are switched through LED files.
-void observation::take_line(std::string_view text) {
-    if (text.starts_with("Oled_Power ")) {
-        result.panel.power(!text.ends_with(" 0"));
-    } else if (text.starts_with("Oled_Rst ")) {
-        result.panel.reset(!text.ends_with(" 0"));
     }
 }
 

@@ -46,7 +46,6 @@ private:
     unit_time now() const;
     void make_happen(const happening &what, unit_time key_time);
     void set_due(const event &happened);
-    void take_line(std::string_view text);
     void take_command_end(std::string_view command);
     void take_level(std::string_view node, std::string_view number);
     void take_transfer(std::string_view node, std::string_view bytes);

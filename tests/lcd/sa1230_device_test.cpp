@@ -2,6 +2,7 @@
 
 #include "lcd/sa1230_pictures.h"
 
+#include "simulator/in_process/asked.h"
 #include "simulator/in_process/spi_boundary.h"
 #include "tests/support/files.h"
 #include "tests/support/pictures.h"
@@ -20,13 +21,13 @@ constexpr const char start_up[] = "set mode 0\nget mode 0\n"
                                   "set bits 8\nget bits 8\n"
                                   "set speed 50000000\nget speed 50000000\n"
                                   "shell echo 255 > /sys/class/leds/Oled_Power/brightness\n"
-                                  "wait 5000 us\n"
+                                  "sleep 0.005 s\n"
                                   "shell echo 255 > /sys/class/leds/Oled_Rst/brightness\n"
-                                  "wait 5000 us\n"
+                                  "sleep 0.005 s\n"
                                   "shell echo 0   > /sys/class/leds/Oled_Rst/brightness\n"
-                                  "wait 5000 us\n"
+                                  "sleep 0.005 s\n"
                                   "shell echo 255 > /sys/class/leds/Oled_Rst/brightness\n"
-                                  "wait 15000 us\n"
+                                  "sleep 0.015 s\n"
                                   "command level\ncommand FE\ndata level\ndata 00\n"
                                   "command level\ncommand 2A\ndata level\ndata 00\n"
                                   "data level\ndata 00\ndata level\ndata 00\ndata level\ndata 7D\n"
@@ -35,15 +36,15 @@ constexpr const char start_up[] = "set mode 0\nget mode 0\n"
                                   "command level\ncommand 35\ndata level\ndata 00\n"
                                   "command level\ncommand 51\ndata level\ndata FF\n"
                                   "command level\ncommand 3A\ndata level\ndata 05\n"
-                                  "command level\ncommand 11\nwait 150000 us\n"
-                                  "command level\ncommand 29\nwait 150000 us\n";
+                                  "command level\ncommand 11\nsleep 0.15 s\n"
+                                  "command level\ncommand 29\nsleep 0.15 s\n";
 
 // An open LCD; nothing of what was asked for so far counts.
 struct sa1230_device : testing::Test {
     int fd = -1;
 
     void SetUp() override {
-        put_file(device, "");
+        put_lcd(device);
         fd = sa1230_open(device);
         ASSERT_GE(fd, 0);
         spi().forget();
@@ -66,35 +67,36 @@ void put_picture(const std::string &name, int width, int height, const std::stri
 }
 
 TEST(sa1230_open, starts_the_panel_up) {
-    put_file(device, "");
+    put_lcd(device);
     const int fd = sa1230_open(device);
     ASSERT_GE(fd, 0);
     EXPECT_EQ(fcntl(fd, F_GETFL) & (O_ACCMODE | O_NONBLOCK), O_RDWR | O_NONBLOCK);
     EXPECT_EQ(fcntl(fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
-    EXPECT_EQ(spi().transcript, start_up);
+    EXPECT_EQ(asked().transcript, start_up);
     EXPECT_EQ(spi().panel.faults(), no_faults);
     EXPECT_TRUE(spi().panel.shows());
     close(fd);
 }
 
 TEST(sa1230_open, works_with_what_the_link_accepts) {
-    put_file(device, "");
+    put_lcd(device);
     spi().highest_speed = 33000000;
     const int fd = sa1230_open(device);
-    EXPECT_NE(spi().transcript.find("set speed 50000000\nget speed 33000000\n"), std::string::npos);
-    EXPECT_EQ(spi().transcript.find("wrong"), std::string::npos);
+    EXPECT_NE(asked().transcript.find("set speed 50000000\nget speed 33000000\n"),
+              std::string::npos);
+    EXPECT_EQ(asked().transcript.find("wrong"), std::string::npos);
     close(fd);
     spi().forget();
     EXPECT_EQ(printed([] { EXPECT_EQ(sa1230_open("/dev/spidev9.9"), -1); }),
               "spi_oled__open: /dev/spidev9.9 error!\n");
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
 }
 
 TEST_F(sa1230_device, shows_a_picture_that_another_program_wrote_and_turned) {
     const std::string pixels = random_pixels(294, 126);
     put_picture("confirm.bmp", 294, 126, pixels);
     EXPECT_EQ(sa1230_update(fd, 131), 0);
-    EXPECT_EQ(spi().transcript, full_frame("00 7D", "01 25"));
+    EXPECT_EQ(asked().transcript, full_frame("00 7D", "01 25"));
     const std::string turned = netpbm("pnmflip -quiet -ccw", ppm_of(294, 126, pixels));
     EXPECT_TRUE(spi().pixels == rgb565_of(turned.substr(turned.size() - 294 * 126 * 3)));
     EXPECT_EQ(spi().panel.faults(), no_faults);
@@ -103,9 +105,9 @@ TEST_F(sa1230_device, shows_a_picture_that_another_program_wrote_and_turned) {
     spi().forget();
     put_picture("confirm.bmp", 2, 1, std::string("\xFF\0\0\0\0\xFF", 6));
     EXPECT_EQ(sa1230_update(fd, 131), 0);
-    EXPECT_EQ(spi().transcript, "command level\ncommand 2A\ndata level\ndata 00 00 00 00\n"
-                                "command level\ncommand 2B\ndata level\ndata 00 00 00 01\n"
-                                "command level\ncommand 2C\ndata level\npixels 4\n");
+    EXPECT_EQ(asked().transcript, "command level\ncommand 2A\ndata level\ndata 00 00 00 00\n"
+                                  "command level\ncommand 2B\ndata level\ndata 00 00 00 01\n"
+                                  "command level\ncommand 2C\ndata level\npixels 4\n");
     EXPECT_EQ(spi().pixels, std::string("\x00\x1F\xF8\x00", 4)) << "the right one first";
 }
 
@@ -128,9 +130,9 @@ TEST_F(sa1230_device, refuses_layers_that_do_not_fit_or_have_no_pixels) {
     put_picture("success.bmp", 600, 1, random_pixels(600, 1));
     EXPECT_EQ(printed([this] { EXPECT_EQ(sa1230_update(fd, 132), -1); }), "out of range\n");
     EXPECT_EQ(printed([&] { EXPECT_EQ(sa1230_show_layer(-1, {some, 0, 0, 1, 1}), -1); }), "");
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
     EXPECT_EQ(sa1230_show_layer(fd, {some, 40, -3, 1, 1}), 0) << "its place does not count";
-    EXPECT_NE(spi().transcript.find("data 00 00 00 00"), std::string::npos);
+    EXPECT_NE(asked().transcript.find("data 00 00 00 00"), std::string::npos);
 }
 
 TEST_F(sa1230_device, goes_on_after_a_failed_transfer) {
@@ -153,7 +155,7 @@ TEST_F(sa1230_device, goes_on_after_a_failed_transfer) {
         EXPECT_EQ(spi().transfers, 5 + 19);
         std::string expected = full_frame("00 7D", "01 25");
         expected.replace(expected.find(replaced), strlen(replaced), by);
-        EXPECT_EQ(spi().transcript, expected) << failing;
+        EXPECT_EQ(asked().transcript, expected) << failing;
     }
 }
 
@@ -173,7 +175,7 @@ TEST_F(sa1230_device, cuts_large_data_into_transfers) {
     for (const auto &[length, result, sizes] : cases) {
         spi().forget();
         EXPECT_EQ(spi_write_big_data(fd, bytes.data(), length), result);
-        EXPECT_EQ(spi().transcript, "data level\n" + std::string(sizes)) << length;
+        EXPECT_EQ(asked().transcript, "data level\n" + std::string(sizes)) << length;
     }
     spi().forget();
     spi().failing = {1, 2};
@@ -197,7 +199,7 @@ TEST_F(sa1230_device, transfers_refuse_what_is_missing) {
               "spi_write_data: NULL pointer to command!\n"
               "spi_write_data: file descriptor error!\n"
               "spi_write_data: NULL pointer to command!\n");
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
 }
 
 TEST_F(sa1230_device, finds_the_picture_of_each_index) {
@@ -212,7 +214,7 @@ TEST_F(sa1230_device, finds_the_picture_of_each_index) {
         EXPECT_EQ(printed([&, index = index] { EXPECT_EQ(sa1230_update(fd, index), -1); }),
                   "bmp name error!\n");
     }
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
 }
 
 const struct {
@@ -231,7 +233,7 @@ TEST_F(sa1230_device, shows_the_built_in_pictures_in_the_middle) {
         sa1230_update(fd, 134);
         spi().forget();
         EXPECT_EQ(sa1230_default(fd, number), 0);
-        EXPECT_EQ(spi().transcript, full_frame("00 7D", "01 25"));
+        EXPECT_EQ(asked().transcript, full_frame("00 7D", "01 25"));
 
         const auto &[x, y, width, height, pixels] = built_in[number];
         std::string turned;
@@ -250,7 +252,7 @@ TEST_F(sa1230_device, shows_the_built_in_pictures_in_the_middle) {
                   EXPECT_EQ(sa1230_default(fd, UINT32_MAX), 0);
               }),
               "4 is out range\n-1 is out range\n");
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
     EXPECT_EQ(sa1230_default(-1, 1), 0) << "what cannot be sent goes unseen";
 }
 

@@ -1,5 +1,6 @@
 #include "oled/ssd1327zb_device.h"
 
+#include "simulator/in_process/asked.h"
 #include "simulator/in_process/spi_boundary.h"
 #include "tests/support/files.h"
 #include "tests/support/grey.h"
@@ -56,7 +57,7 @@ TEST_F(ssd1327zb_device, starts_the_panel_up) {
     ASSERT_GE(fd, 0);
     EXPECT_EQ(fcntl(fd, F_GETFL) & (O_ACCMODE | O_NONBLOCK), O_RDWR);
     EXPECT_EQ(fcntl(fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
-    EXPECT_EQ(spi().transcript, start_up);
+    EXPECT_EQ(asked().transcript, start_up);
     EXPECT_TRUE(spi().oled.shows());
     EXPECT_EQ(spi().oled.contrast(), 128);
     EXPECT_EQ(spi().oled.faults(), no_faults);
@@ -68,8 +69,9 @@ TEST_F(ssd1327zb_device, starts_the_panel_up) {
 TEST_F(ssd1327zb_device, works_with_what_the_link_accepts) {
     spi().highest_speed = 16000000;
     const int fd = ssd1327zb_open(device);
-    EXPECT_NE(spi().transcript.find("set speed 30000000\nget speed 16000000\n"), std::string::npos);
-    EXPECT_EQ(spi().transcript.find("wrong"), std::string::npos);
+    EXPECT_NE(asked().transcript.find("set speed 30000000\nget speed 16000000\n"),
+              std::string::npos);
+    EXPECT_EQ(asked().transcript.find("wrong"), std::string::npos);
     ssd1327zb_close(fd);
 }
 
@@ -81,7 +83,7 @@ TEST_F(ssd1327zb_device, leaves_nothing_open_when_the_panel_cannot_be_had) {
                   EXPECT_EQ(ssd1327zb_close(-1), -1);
               }),
               repeated(2, "spi_oled__open: open /dev/spidev0.0 error!\n"));
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
     spi().failing = {1};
     std::vector<size_t> open_at_line;
     {
@@ -102,7 +104,7 @@ TEST_F(ssd1327zb_device, shows_the_frame_pixel_for_pixel) {
     for (int turn = 0; turn < 2; ++turn) {
         drawn.fill();
         EXPECT_EQ(flush(fd), 0);
-        EXPECT_EQ(spi().transcript, frame_transcript());
+        EXPECT_EQ(asked().transcript, frame_transcript());
         EXPECT_TRUE(spi().oled.seen_levels() == drawn.levels());
         spi().forget();
     }
@@ -126,7 +128,7 @@ TEST_F(ssd1327zb_device, sends_whole_frames_only_and_goes_on_after_transfers_tha
     EXPECT_EQ(printed([&] { EXPECT_EQ(flush(-1), 0); }),
               "spi_write_cmd: file descriptor error!\n" +
                   repeated(128, "spi_write_data: file descriptor error!\n"));
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
     spi().failing = {1, 3, 129};
     EXPECT_EQ(printed([&] { EXPECT_EQ(flush(fd), 0); }),
               "spi_write_cmd: ioctl command error!\n" +

@@ -1,5 +1,6 @@
 #include "platform/shell.h"
 
+#include "simulator/in_process/asked.h"
 #include "tests/support/files.h"
 #include "tests/support/scarce_memory.h"
 
@@ -7,34 +8,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <dlfcn.h>
 #include <filesystem>
-#include <unistd.h>
 
 using namespace renewer;
-
-namespace {
-
-int shells_that_fail = 0;
-int reported = 0; // by system(3) for such a shell, and its errno
-int reason = 0;
-int shells_tried = 0;
-
-} // namespace
-
-// The program's own calls find these before the C library's.
-extern "C" int system(const char *command) {
-    ++shells_tried;
-    if (shells_that_fail-- > 0) {
-        errno = reason;
-        return reported;
-    }
-    return reinterpret_cast<int (*)(const char *)>(dlsym(RTLD_NEXT, "system"))(command);
-}
-
-extern "C" unsigned sleep(unsigned) {
-    return 0;
-}
 
 namespace {
 
@@ -56,13 +32,15 @@ TEST(shell, shell_that_cannot_be_started_is_tried_again_and_a_missing_command_is
         {1, not_found, ENOENT, 1, not_found},
     };
     for (const auto &[fail, status, error, tried, result] : cases) {
-        shells_that_fail = fail;
-        reported = status;
-        reason = error;
-        shells_tried = 0;
+        let_shells_fail(fail, status, error);
+        asked().transcript.clear();
         EXPECT_EQ(shell("exit 3"), result) << fail << " " << error;
-        EXPECT_EQ(shells_tried, tried) << fail << " " << error;
-        shells_that_fail = 0;
+        std::string asked_for = "shell exit 3\n";
+        for (int again = 1; again < tried; ++again) {
+            asked_for += "sleep 1 s\nshell exit 3\n";
+        }
+        EXPECT_EQ(asked().transcript, asked_for) << fail << " " << error;
+        let_shells_fail(0, 0, 0);
     }
 }
 

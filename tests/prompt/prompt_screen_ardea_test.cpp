@@ -2,6 +2,7 @@
 
 #include "lcd/sa1230_device.h"
 
+#include "simulator/in_process/asked.h"
 #include "simulator/in_process/spi_boundary.h"
 #include "tests/support/files.h"
 #include "tests/support/key_events.h"
@@ -74,7 +75,7 @@ bool is_open(const std::filesystem::path &path) {
 
 struct prompt_screen : testing::Test {
     void SetUp() override {
-        put_file(lcd, "");
+        put_lcd(lcd);
         put_file(key_device, "");
         ASSERT_EQ(init_screen_ardea(), 1);
         spi().forget();
@@ -82,7 +83,7 @@ struct prompt_screen : testing::Test {
 };
 
 TEST(prompt_screen_init, opens_both_devices_once) {
-    put_file(lcd, "");
+    put_lcd(lcd);
     put_file(key_device, "");
     EXPECT_EQ(reply_of(init_screen_ardea), (reply{1, "", ""}));
     EXPECT_TRUE(is_open(lcd));
@@ -90,7 +91,7 @@ TEST(prompt_screen_init, opens_both_devices_once) {
     EXPECT_TRUE(spi().panel.shows());
     spi().forget();
     EXPECT_EQ(init_screen_ardea(), 1);
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
     EXPECT_EQ(uninit_screen_ardea(), 1);
     EXPECT_FALSE(is_open(key_device));
     EXPECT_TRUE(is_open(lcd));
@@ -107,7 +108,7 @@ TEST(prompt_screen_init, tries_both_again_after_the_lcd_did_not_open) {
     }
     EXPECT_TRUE(is_open(key_device));
     EXPECT_EQ(open_descriptors(), descriptors + 1) << "the earlier ones are closed";
-    put_file(lcd, "");
+    put_lcd(lcd);
     EXPECT_EQ(init_screen_ardea(), 1);
 }
 
@@ -131,7 +132,7 @@ TEST_F(prompt_screen, first_event_decides) {
         const reply given = reply_of(prompt_confirm_screen_ardea);
         EXPECT_EQ(given.value, answer) << told;
         EXPECT_TRUE(given.out.ends_with(told)) << given.out;
-        EXPECT_TRUE(spi().transcript.ends_with("select 120.000000 s\n")) << "after the picture";
+        EXPECT_TRUE(asked().transcript.ends_with("wait 120 s\n")) << "after the picture";
     }
 }
 
@@ -159,8 +160,8 @@ TEST_F(prompt_screen, shows_each_result_and_closes_the_lcd) {
             EXPECT_EQ(shown(), with_file ? "9" : "-") << file;
             EXPECT_FALSE(is_open(lcd));
             EXPECT_TRUE(spi().panel.shows()) << "the picture stays";
-            const std::string &asked = spi().transcript;
-            EXPECT_EQ(asked.substr(asked.rfind("pixels")),
+            const std::string &transcript = asked().transcript;
+            EXPECT_EQ(transcript.substr(transcript.rfind("pixels")),
                       (with_file ? "pixels 2\n" : "pixels 360\n") + std::string(sleeps));
             const simulator::picture seen = spi().panel.seen();
             EXPECT_TRUE(with_file || seen == built_in(built_in_number)) << file;
@@ -175,7 +176,7 @@ TEST_F(prompt_screen, draws_nothing_on_a_closed_lcd) {
     spi().forget();
     EXPECT_EQ(prompt_failure_screen_ardea(), 1);
     EXPECT_EQ(init_screen_ardea(), 1);
-    EXPECT_EQ(spi().transcript, "");
+    EXPECT_EQ(asked().transcript, "");
     EXPECT_NE(fcntl(other, F_GETFD), -1) << "not closed either";
     close(other);
 }
@@ -191,7 +192,10 @@ struct watched_animation {
     pid_t thread = 0;
 
     explicit watched_animation(size_t frames) : wanted(frames) {
-        spi().before_sleep = [this] {
+        asked().before = [this](std::string_view line) {
+            if (line != "sleep 1 s") {
+                return;
+            }
             std::unique_lock held(lock);
             seen.push_back(shown());
             thread = gettid();
@@ -199,7 +203,7 @@ struct watched_animation {
             changed.wait(held, [this] { return seen.size() < wanted || ending; });
         };
     }
-    ~watched_animation() { spi().before_sleep = nullptr; }
+    ~watched_animation() { asked().before = nullptr; }
 
     std::string wait() {
         std::unique_lock held(lock);

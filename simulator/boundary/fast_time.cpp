@@ -1,0 +1,66 @@
+// The time in a unit: the desk's, so many times faster.
+
+#include "simulator/boundary/process.h"
+#include "simulator/boundary/protocol.h"
+#include "simulator/boundary/time.h"
+
+#include <cstdlib>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace boundary {
+
+namespace {
+
+double speed = 1;
+
+[[gnu::constructor]] void take_speed() {
+    const char *text = getenv(simulator::speed_variable);
+    if (text != nullptr && strtod(text, nullptr) > 0) {
+        speed = strtod(text, nullptr);
+    }
+}
+
+timeval desk_span(double unit_seconds) {
+    const timespec span = timespec_of(unit_seconds / speed);
+    return {span.tv_sec, static_cast<suseconds_t>(span.tv_nsec / 1000)};
+}
+
+double unit_span(const timeval &desk) {
+    return seconds_of({desk.tv_sec, desk.tv_usec * 1000}) * speed;
+}
+
+} // namespace
+
+double pass(double seconds) {
+    const timespec span = timespec_of(seconds / speed);
+    timespec left = {};
+    const bool whole = next<decltype(nanosleep)>(real_nanosleep)(&span, &left) == 0;
+    return whole ? 0 : seconds_of(left) * speed;
+}
+
+int wait_for(int count, fd_set *reads, fd_set *writes, fd_set *others, double *seconds) {
+    const auto real = next<decltype(select)>(real_select);
+    if (seconds == nullptr) {
+        return real(count, reads, writes, others, nullptr);
+    }
+    timeval left = desk_span(*seconds);
+    const int result = real(count, reads, writes, others, &left);
+    *seconds = unit_span(left);
+    return result;
+}
+
+timespec unit_time(const timespec &desk) {
+    return speed == 1 ? desk : timespec_of(seconds_of(desk) * speed);
+}
+
+} // namespace boundary
+
+extern "C" unsigned alarm(unsigned span) {
+    boundary::tell_span("alarm", span);
+    constexpr unsigned longest = 100'000'000; // beyond it the desk's timers have no use
+    const itimerval timer = {{}, boundary::desk_span(span < longest ? span : longest)};
+    itimerval before = {};
+    setitimer(ITIMER_REAL, &timer, &before);
+    return static_cast<unsigned>(boundary::unit_span(before.it_value) + 0.999);
+}

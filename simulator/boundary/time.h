@@ -1,0 +1,28 @@
+#pragma once
+
+#include <ctime>
+#include <sys/select.h>
+
+// How the unit's time passes: in a unit as the desk's, only faster; in a test's own process at
+// once.
+namespace boundary {
+
+inline double seconds_of(const timespec &time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+inline timespec timespec_of(double seconds) {
+    const auto whole = static_cast<time_t>(seconds);
+    return {whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e9)};
+}
+
+// Lets so many seconds pass. Returns what is left of them when a signal ended that early, else 0.
+double pass(double seconds);
+
+// select(2); `seconds` is its time-out (null: none) and then what is left of it.
+int wait_for(int count, fd_set *reads, fd_set *writes, fd_set *others, double *seconds);
+
+// The time of the unit's clock when the desk's has this one.
+timespec unit_time(const timespec &desk);
+
+} // namespace boundary
