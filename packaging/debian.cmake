@@ -34,7 +34,8 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME renewer-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "make and try update packages of a receiver family
 renewer-pack makes, checks, shows and unpacks update packages, and says which
-units take one.")
+units take one. renewer-desk runs them in a simulated unit, shows its lights or
+its screen, and tells how the update ended.")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME librenewer-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)

@@ -3,6 +3,7 @@
 #include "simulator/renewer_desk/commands.h"
 #include "simulator/renewer_desk/desk_directory.h"
 #include "simulator/renewer_desk/performance.h"
+#include "simulator/unit/parts.h"
 
 #include <cstdio>
 
@@ -57,8 +58,8 @@ panel_subject front_of_oled() {
     subject.model = "oled";
     subject.prepare = [](const fs::path &) {
         prepared_run ready;
-        ready.described.program(OLED_STATUS)
-            .file("/reserve/battery.bmp", content_of_file(OLED_STATUS_BATTERY));
+        ready.described.program(part(oled_status_place))
+            .file("/reserve/battery.bmp", content_of_file(part(oled_battery_place)));
         ready.arguments = {oled_node, "/reserve/battery.bmp"};
         return ready;
     };

@@ -3,6 +3,7 @@
 #include "simulator/renewer_desk/performance.h"
 #include "simulator/report/report.h"
 #include "simulator/unit/package.h"
+#include "simulator/unit/parts.h"
 
 #include <algorithm>
 #include <cctype>
@@ -71,10 +72,10 @@ void refuse_for_oled(const run_options &options) {
 // No update: the example of the display middleware draws its status screen.
 performance oled_example() {
     performance playing;
-    playing.program = OLED_STATUS;
+    playing.program = part(oled_status_place);
     playing.described.prompt_pictures = "none";
     playing.described.files.push_back(
-        {"/reserve/battery.bmp", unit_file::kind::copy, OLED_STATUS_BATTERY, 0644});
+        {"/reserve/battery.bmp", unit_file::kind::copy, part(oled_battery_place), 0644});
     playing.arguments = {"/dev/spidev0.0", "/reserve/battery.bmp", "60"};
     playing.told = "A unit with a grey OLED; a program draws on it through the display "
                    "middleware.\nrenewer-oled-status";

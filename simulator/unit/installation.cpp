@@ -1,6 +1,7 @@
 #include "simulator/unit/installation.h"
 
 #include "simulator/boundary/protocol.h"
+#include "simulator/unit/parts.h"
 
 #include <cstdlib>
 
@@ -10,6 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char boundary[] = "simulator/boundary/boundary.so";
 constexpr const char program_path[] = "/.simulator/program";
 
 // The stand-ins are one program under many names, and where a unit has them.
@@ -29,9 +31,9 @@ const char *foreign_build() {
     return getenv("RENEWER_FOREIGN_BUILD");
 }
 
-fs::path as_observed(const fs::path &built) {
+fs::path as_observed(const fs::path &place) {
     const char *foreign = foreign_build();
-    return foreign == nullptr ? built : foreign / fs::relative(built, SIMULATOR_BUILD);
+    return foreign == nullptr ? part(place) : foreign / place;
 }
 
 } // namespace
@@ -39,17 +41,17 @@ fs::path as_observed(const fs::path &built) {
 void install_simulator(const fs::path &root, const fs::path &program) {
     for (const char *path : stand_ins) {
         if (!fs::exists(below(root, path))) {
-            copy_executable(SIMULATOR_STAND_IN, below(root, path));
+            copy_executable(part("simulator/unit/stand_in"), below(root, path));
         }
     }
     // ld.so(8) puts the library directory of each process's own architecture for $LIB.
-    copy_executable(SIMULATOR_BOUNDARY,
+    copy_executable(part(boundary),
                     root / ".simulator/lib" / SIMULATOR_ARCHITECTURE / "boundary.so");
     if (foreign_build() != nullptr) {
-        copy_executable(as_observed(SIMULATOR_BOUNDARY),
+        copy_executable(as_observed(boundary),
                         root / ".simulator/lib/arm-linux-gnueabihf/boundary.so");
     }
-    copy_executable(as_observed(program.empty() ? SIMULATOR_PROGRAM : program),
+    copy_executable(as_observed(program.empty() ? updater_place : place_in_build(program)),
                     below(root, program_path));
 }
 

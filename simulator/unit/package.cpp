@@ -1,6 +1,7 @@
 #include "simulator/unit/package.h"
 
 #include "simulator/unit/description.h"
+#include "simulator/unit/parts.h"
 #include "simulator/unit/pipe_pair.h"
 #include "simulator/unit/unit.h"
 
@@ -41,7 +42,8 @@ std::string header_of(const fs::path &file) {
 } // namespace
 
 pack_result run_pack(const std::vector<std::string> &arguments) {
-    std::vector<char *> line = {const_cast<char *>(SIMULATOR_PACK)};
+    const std::string program = part("tools/renewer-pack/renewer-pack");
+    std::vector<char *> line = {const_cast<char *>(program.c_str())};
     for (const std::string &argument : arguments) {
         line.push_back(const_cast<char *>(argument.c_str()));
     }
@@ -51,7 +53,7 @@ pack_result run_pack(const std::vector<std::string> &arguments) {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, output.write_end.get(), STDOUT_FILENO);
     pid_t tool = 0;
-    const int started = posix_spawn(&tool, SIMULATOR_PACK, &actions, nullptr, line.data(), environ);
+    const int started = posix_spawn(&tool, line[0], &actions, nullptr, line.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     output.write_end.reset();
     pack_result result;
@@ -72,7 +74,7 @@ void make_package(const fs::path &file, std::string_view pn, std::string_view in
     const fs::path script = file.string() + ".install.sh";
     std::ofstream(script, std::ios::binary) << install_script;
     pack({"create", "-o", file, "--version", "1.1.4.0", "--pn", std::string(pn), "--revision",
-          "1a2b3c4d", "install=" + script.string(), "renewer=" SIMULATOR_PROGRAM});
+          "1a2b3c4d", "install=" + script.string(), "renewer=" + part(updater_place).string()});
     fs::remove(script);
 }
 

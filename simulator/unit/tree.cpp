@@ -1,6 +1,7 @@
 // The file tree of a unit as it stands before a run.
 
 #include "simulator/unit/description.h"
+#include "simulator/unit/parts.h"
 #include "simulator/unit/unit.h"
 
 #include <fstream>
@@ -169,7 +170,7 @@ unit &unit::before_start(std::function<void(const fs::path &)> look) {
 
 unit &unit::with_prompt_pictures() {
     plan->tree_changes.push_back([](const fs::path &root) {
-        fs::copy(SIMULATOR_PICTURES, below(root, "/reserve/update"),
+        fs::copy(part("simulator/unit/pictures"), below(root, "/reserve/update"),
                  fs::copy_options::overwrite_existing | fs::copy_options::recursive);
     });
     return *this;

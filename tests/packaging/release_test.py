@@ -90,6 +90,12 @@ def main(source, work):
     check("usr/sbin/renewer" in listing(unit), "the unit's package holds the updater")
     check(needed(unit / "usr/sbin/renewer") == ["libc.so.6"], "it needs the C library alone")
 
+    desk = work / "debian/renewer-tools/usr"
+    verdict = run(desk / "bin/renewer-desk", "demo", "--plain", "--speed", "100").splitlines()[-1]
+    check(verdict.startswith("UPDATED"), f"the desk runs from where it is unpacked: {verdict}")
+    check({"share/man/man1/renewer-desk.1.gz", "share/bash-completion/completions/renewer-desk"} <
+          set(listing(desk)), "the desk has its manual page and its completion")
+
     run("tar", "-xf", next(out.glob("*.tar.gz")), "-C", work)
     sources = next(work.glob("renewer-*/"))
     makefile = (sources / "packaging/buildroot/package/renewer/renewer.mk").read_text()

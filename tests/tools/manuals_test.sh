@@ -1,11 +1,13 @@
 #!/bin/bash
 # What is derived from the description of the commands: completion of the shells and manual pages.
-# Arguments: renewer-pack, renewer, the manual page of renewer.
+# Arguments: renewer-pack, renewer, the manual page of renewer, renewer-desk, its completions.
 set -u
 program=$1
 updater=$2
 updater_manual=$3
-PATH=$(dirname "$program"):$PATH
+desk=$4
+desk_completions=$5
+PATH=$(dirname "$program"):$(dirname "$desk"):$PATH
 failures=0
 complain() {
     echo "$*"
@@ -30,11 +32,13 @@ offers() {
     shift
     COMP_WORDS=("$program" "$@")
     COMP_CWORD=$#
-    _renewer_pack
+    "$completed" "$program" "${*: -1}"
     [[ $(printf '%s\n' "${COMPREPLY[@]-}" | sort | paste -sd " ") == "$wanted" ]] ||
         complain "renewer-pack $*: offered '${COMPREPLY[*]}', wanted '$wanted'"
 }
 
+
+completed=_renewer_pack
 offers "check create" c
 offers "show" sh
 offers "--version" --v
@@ -58,13 +62,24 @@ offers "create" help cr
 offers "" types x
 
 fish_offers() {
-    [[ $(fish -c "source fish.completion; complete -C '$2'" | cut -f 1 | sort | paste -sd " ") == "$1" ]] ||
+    [[ $(fish -c "source $fish_file; complete -C '$2'" | cut -f 1 | sort | paste -sd " ") == "$1" ]] ||
         complain "fish, $2: wanted '$1'"
 }
+fish_file=fish.completion
 fish_offers "check create" "renewer-pack c"
 fish_offers "kernel" "renewer-pack unpack package.bin --only ker"
 fish_offers "kernel" "renewer-pack unpack package.bin --only uboot ker"
 fish_offers "--json" "renewer-pack show --j"
+# shellcheck source=/dev/null
+source "$desk_completions/bash"
+program=$desk completed=_renewer_desk
+offers "demo" d
+offers "--pictures" run --pic
+offers "package.bin" run pack
+fish_file=$desk_completions/fish
+fish_offers "demo" "renewer-desk d"
+fish_offers "--port" "renewer-desk panel --po"
+
 zsh -n zsh.completion || complain "zsh cannot read its completion"
 
 # Each command and each option of the help is in each of them, and the pages are sound.
