@@ -84,6 +84,13 @@ def picture(width, height, bits=24, fill=0):
     return head + b"\0" * fill + pixels
 
 
+def key_events(*events):
+    return b"".join(
+        struct.pack("<iiHHi", 100 + index, 0, 1, code, value)
+        for index, (code, value) in enumerate(events)
+    )
+
+
 def main(directory):
     seeds = {
         "headers": packages(),
@@ -108,6 +115,16 @@ def main(directory):
             ("older", b"1.1.4\n1.1.10"),
             ("prefix", b"1.2\n1.2.1"),
             ("large", b"1.99999999999999999999\n1.-99999999999999999999"),
+        ],
+        "round_trip": [("usual", b"\1\1\4\0" + b"\1\5true\n" + b"\3\7kernel!" + b"\37\2me")],
+        "texts": [
+            ("ascii", b"\0" * 4 + b"\x80\0\x10\0" + b"\0" * 4 + b"GNSS 12:00"),
+            ("mixed", b"\4\0\4\0" + b"\x40\0\x10\0" + b"\3\0\3\0" + "电量 60%".encode()),
+        ],
+        "grey_pictures": [("usual", picture(16, 8)), ("padded", picture(5, 3))],
+        "keys": [
+            ("press", key_events((2, 1), (0, 0), (2, 0))),
+            ("held", key_events((8, 1), (8, 2), (8, 2), (8, 0), (7, 0))),
         ],
     }
     for fuzzer, inputs in seeds.items():

@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
-all=(headers validators unpackers examine discovery host_record bmp editions)
+all=(headers validators unpackers examine discovery host_record editions round_trip bmp texts grey_pictures keys)
 chosen=("${@:2}")
 [ ${#chosen[@]} -gt 0 ] || chosen=("${all[@]}")
 
