@@ -11,7 +11,6 @@ set(CPACK_PACKAGE_NAME renewer)
 set(CPACK_PACKAGE_CONTACT "the renewer authors <authors@renewer.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES TRUE)
-set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/compress_manuals.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
@@ -46,21 +45,10 @@ Static libraries, headers, a CMake package and pkg-config files: reading,
 checking, unpacking and finding update packages, checking their signatures,
 and drawing on the grey OLED.")
 
-# What Debian expects beside the files: the terms and a dated list of changes.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC) # SOURCE_DATE_EPOCH, when it is set
 configure_file(debian-changelog.in changelog @ONLY)
-find_program(RENEWER_GZIP gzip)
-foreach(component ${components})
-  string(TOUPPER ${component} upper)
-  set(doc_dir ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
-  install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright DESTINATION ${doc_dir}
-          COMPONENT ${component})
-  if(RENEWER_GZIP)
-    execute_process(COMMAND ${RENEWER_GZIP} -9nc ${CMAKE_CURRENT_BINARY_DIR}/changelog
-                    OUTPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz)
-    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz DESTINATION ${doc_dir}
-            COMPONENT ${component})
-  endif()
-endforeach()
+set(CPACK_RENEWER_CHANGELOG ${CMAKE_CURRENT_BINARY_DIR}/changelog)
+set(CPACK_RENEWER_SOURCE ${PROJECT_SOURCE_DIR})
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/debian_files.cmake)
 
 include(CPack)

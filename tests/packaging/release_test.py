@@ -63,7 +63,7 @@ def recipe_builds(sources, work, name, options):
         "updater",
         env={"PATH": "/usr/bin", "DESTDIR": root},
     )
-    files = [file for file in listing(root) if "/doc/" not in file]
+    files = listing(root)
     check(files == ["data/sbin/renewer"], f"{name}: installs {files}")
     check(needed(root / "data/sbin/renewer") == ["libc.so.6"], f"{name}: needs the C library alone")
 
@@ -84,6 +84,7 @@ def main(source, work):
         not re.search("^[EW]: ", complaints.stdout, re.M), f"lintian is content {complaints.stdout}"
     )
 
+    (work / "debian").mkdir()
     for package in out.glob("*.deb"):
         run("dpkg-deb", "-x", package, work / "debian" / package.stem.split("_")[0])
     unit = work / "debian/renewer"
@@ -93,8 +94,11 @@ def main(source, work):
     desk = work / "debian/renewer-tools/usr"
     verdict = run(desk / "bin/renewer-desk", "demo", "--plain", "--speed", "100").splitlines()[-1]
     check(verdict.startswith("UPDATED"), f"the desk runs from where it is unpacked: {verdict}")
-    check({"share/man/man1/renewer-desk.1.gz", "share/bash-completion/completions/renewer-desk"} <
-          set(listing(desk)), "the desk has its manual page and its completion")
+    check(
+        {"share/man/man1/renewer-desk.1.gz", "share/bash-completion/completions/renewer-desk"}
+        < set(listing(desk)),
+        "the desk has its manual page and its completion",
+    )
 
     run("tar", "-xf", next(out.glob("*.tar.gz")), "-C", work)
     sources = next(work.glob("renewer-*/"))

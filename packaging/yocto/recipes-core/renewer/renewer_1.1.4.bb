@@ -23,5 +23,5 @@ do_install() {
 }
 
 FILES:${PN} = "/data/sbin/renewer"
-FILES:${PN}-dev += "${libdir}/cmake ${libdir}/pkgconfig ${datadir}/doc"
+FILES:${PN}-dev += "${libdir}/cmake ${libdir}/pkgconfig"
 FILES:${PN}-staticdev = "${libdir}/*.a"

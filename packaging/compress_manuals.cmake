@@ -1,5 +1,0 @@
-# Runs before a package is put together: Debian's manual pages are compressed.
-file(GLOB_RECURSE pages ${CPACK_TEMPORARY_DIRECTORY}/*/share/man/*.[1-9])
-foreach(page ${pages})
-  execute_process(COMMAND gzip -9n ${page} COMMAND_ERROR_IS_FATAL ANY)
-endforeach()
