@@ -133,6 +133,7 @@ def make(build, *targets):
 
 
 def list_tests(build):
+    """All but those that need another one to have been run before them."""
     listing = subprocess.run(
         ["ctest", "--test-dir", build, "--show-only=json-v1"],
         check=True,
@@ -142,7 +143,8 @@ def list_tests(build):
     tests = []
     for test in json.loads(listing.stdout)["tests"]:
         properties = {one["name"]: one["value"] for one in test["properties"]}
-        tests.append(Test(test["name"], test["command"], properties["WORKING_DIRECTORY"]))
+        if "FIXTURES_REQUIRED" not in properties:
+            tests.append(Test(test["name"], test["command"], properties["WORKING_DIRECTORY"]))
     return tests
 
 
@@ -235,6 +237,8 @@ def main(source, work, report, wanted=""):
     if not make(build):
         return 1
     tests = list_tests(build)
+    if not wanted and (failing := first_failure(tests)):
+        sys.exit(f"{failing} fails without any fault")
     for number, fault in enumerate(faults, 1):
         begin = time.monotonic()
         try_fault(fault, copy, build, tests)

@@ -1,6 +1,6 @@
 #include "platform/debug.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/printed.h"
 
 #include <climits>
 
@@ -16,11 +16,10 @@ TEST(debug, level_alone_decides_what_is_printed) {
     for (const int mode : {0, 1, 7}) {
         set_debug_mode(mode);
         EXPECT_EQ(debug_flag, mode == 1 ? 1 : 0);
-        for (const auto &[level, printed] : cases) {
-            testing::internal::CaptureStdout();
-            const int result = debug(level, "type=%d\n", 31);
-            EXPECT_EQ(testing::internal::GetCapturedStdout(), printed ? "type=31\n" : "") << level;
-            EXPECT_EQ(result, printed) << level;
+        for (const auto [level, printed] : cases) {
+            EXPECT_EQ(reply_of([level = level] { return debug(level, "type=%d\n", 31); }),
+                      (reply{printed, printed ? "type=31\n" : "", ""}))
+                << level;
         }
     }
 }

@@ -2,9 +2,8 @@
 
 #include "simulator/in_process/asked.h"
 #include "tests/support/files.h"
+#include "tests/support/printed.h"
 #include "tests/support/scarce_memory.h"
-
-#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -119,12 +118,12 @@ TEST(shell, argument_that_looks_like_an_option_comes_behind_the_end_of_the_optio
 }
 
 TEST(shell, own_lines_come_before_those_of_the_command) {
-    ASSERT_NE(freopen("/tmp/output", "w", stdout), nullptr);
-    printf("first, ");
-    EXPECT_EQ(shell("echo second"), 0);
-    printf("third\n");
-    fflush(stdout);
-    EXPECT_EQ(get_file("/tmp/output"), "first, second\nthird\n");
+    EXPECT_EQ(printed([] {
+                  printf("first, ");
+                  EXPECT_EQ(shell("echo second"), 0);
+                  printf("third\n");
+              }),
+              "first, second\nthird\n");
 }
 
 TEST(shell, gives_the_status_of_the_command) {

@@ -204,7 +204,8 @@ TEST(led_prompts, second_pattern_runs_along_the_panel) {
     // Without the two LEDs that the running indication switches at the same time.
     const outcome end = led_unit()
                             .write("/tmp/blinks", "", after("led Light_Power 255", 0s))
-                            .write("/tmp/enough", "", after("led Light_Data_Se 255", 8s))
+                            .write("/tmp/enough", "", after("led Light_Data_Se 255", 1s, 77))
+                            .clock_speed(100)
                             .run({"3", "until=/tmp/blinks", "light", "until=/tmp/enough", "2"});
 
     std::string seen;
@@ -214,10 +215,16 @@ TEST(led_prompts, second_pattern_runs_along_the_panel) {
     }
     const std::string gps = "led Light_Gps ", se = "led Light_Data_Se ", re = "led Light_Data_Re ";
     const std::string none_lit = gps + "0\n" + se + "0\n" + re + "0\n";
-    const std::string one_round = static_on + none_lit + gps + "255\n" + se + "0\n" + re + "0\n" +
-                                  gps + "0\n" + se + "255\n" + re + "0\n" + none_lit;
-    EXPECT_TRUE(seen.starts_with(static_on + none_lit + none_lit + one_round)) << seen;
-    EXPECT_GE(end.count("sleep 0.2 s"), 4);
+    const std::string no_light = static_on + none_lit;
+    const std::string one_round = no_light + gps + "255\n" + se + "0\n" + re + "0\n" + gps + "0\n" +
+                                  se + "255\n" + re + "0\n" + none_lit;
+    std::string expected = no_light + none_lit;
+    for (int round = 0; round < 75; ++round) {
+        expected += one_round;
+    }
+    // A count from 0 to 300 decides: every 301 steps there is no light twice in a row.
+    EXPECT_TRUE(seen.starts_with(expected + no_light + one_round)) << seen;
+    EXPECT_GE(end.count("sleep 0.2 s"), 301);
 }
 
 TEST(led_prompts, unit_without_a_prompt_set_is_left_alone) {

@@ -25,6 +25,7 @@ TEST(part_number, fitting_packages_are_installed) {
         {{"2", path, "12"}, "radio pack!\nK618 RADIO !\n"},
         {{"2", path, "10"}, "radio pack!\nQ7 K618 RADIO !\n"},
         {{"5", path}, "################update coming!#####################\n"},
+        {{"5", "/data/my_firmware"}, "################update coming!#####################\n"},
         {{"4294967296", path}, "################update coming!#####################\n"},
     };
     for (const auto &[arguments, lines] : cases) {

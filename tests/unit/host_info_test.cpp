@@ -1,8 +1,7 @@
 #include "unit/host_info.h"
 
 #include "tests/support/files.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/printed.h"
 
 #include <cstring>
 #include <filesystem>
@@ -31,13 +30,14 @@ TEST(host_info, takes_the_first_77_bytes_and_no_more) {
 }
 
 TEST(host_info, part_number_begins_at_byte_7) {
-    put_file(path, "0123456ABCD");
+    put_file(path, std::string("0123456ABCD\0E", 13));
     host_info host = {};
     get_local_host_info(&host);
     EXPECT_TRUE(host_pn_is(host, 0, 'A', 'B'));
     EXPECT_TRUE(host_pn_is(host, 2, 'C', 'D'));
     EXPECT_FALSE(host_pn_is(host, 2, 'D', 'C'));
-    EXPECT_FALSE(host_pn_is(host, 4, '\0', '\0'));
+    EXPECT_FALSE(host_pn_is(host, 4, '\0', 'E'));
+    EXPECT_FALSE(host_pn_is(host, 6, '\0', '\0'));
 }
 
 TEST(host_info, nothing_is_kept_between_readings) {
@@ -53,10 +53,8 @@ TEST(host_info, failure_is_reported_and_changes_nothing) {
     std::filesystem::remove(path);
     host_info host;
     memset(&host, 'x', sizeof(host));
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(get_local_host_info(&host), 0);
-    EXPECT_EQ(get_local_host_info(nullptr), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "open sys err: No such file or directory\n");
+    EXPECT_EQ(reply_of([&] { return get_local_host_info(&host) + get_local_host_info(nullptr); }),
+              (reply{0, "", "open sys err: No such file or directory\n"}));
     EXPECT_EQ(record_of(host), std::string(77, 'x'));
 }
 
