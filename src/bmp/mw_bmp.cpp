@@ -86,8 +86,8 @@ void convert_pixels(const uint8_t *in, uint8_t *out, int64_t count) {
     }
 }
 
-// Makes of stored rows, in their place, what `bmp_to_buff`, `rgb888_to_rgb565` and
-// `bmp_bottom_to_top` make of them one after the other. No pixel is written before it was read.
+// Does in place what `bmp_to_buff`, `rgb888_to_rgb565` and `bmp_bottom_to_top` do one after the
+// other. This works because no pixel is written before it was read.
 void narrow_and_turn(uint8_t *rows, int width, int height) {
     const int64_t stored_size = bmp_stored_row_size(width, rgb888_size);
     const int64_t size = bmp_row_size(width, rgb565_size);
@@ -99,7 +99,7 @@ void narrow_and_turn(uint8_t *rows, int width, int height) {
     }
 }
 
-// `offset_of` tells where in `in` each row of the result comes from.
+// `offset_of` returns the offset in `in` of a row of the result.
 template <typename row_offset>
 owned_memory<uint8_t> copy_rows(const uint8_t *in, int64_t row_bytes, int height,
                                 row_offset offset_of) {

@@ -18,7 +18,7 @@ constexpr const char *s_udisk_diretory = "/media/sda1";
 constexpr const char *s_check_diretory = "/firmware";
 constexpr const char *s_mnt_diretory = "/mnt";
 
-// A hardware-presence input of the unit (its GPIO class); `unread` stands for an empty file.
+// A hardware-presence input of the unit (its GPIO class); `unread` is the value of an empty file.
 struct presence_input {
     const char *path;
     const char *open_failure;
@@ -72,7 +72,7 @@ void show_candidate(const pack_head &head, const host_info &host) {
            digit(10), digit(13), int{sizeof(host.pn)}, host.pn);
 }
 
-// Only what was judged by its part number is worth a line to the unit.
+// Only candidates whose part number was compared are printed.
 void report(void *context, const package_candidate &candidate) {
     if (candidate.fit.first_line == nullptr) {
         return;

@@ -36,6 +36,7 @@ bool is_a1(const host_info &host) {
 candidate_fit judge_host(const pack_head &head, const host_info &host) {
     constexpr const char *first_line = "got   package\n";
     constexpr const char *refused = "pn 2/3/17 not fit\n";
+    // "A1" in hexadecimal digits.
     if (is_a1(host) && (pn_digit(head, 1) != 1 || pn_digit(head, 0) != 10)) {
         return {false, first_line, " invailed package,pn not fit", {0, 2, 0, 2}};
     }
@@ -61,6 +62,7 @@ candidate_fit judge_gnss_board(const pack_head &head, const host_info &host) {
 // By which form a radio package fits, as the line that is printed of it; null for none.
 const char *radio_form(const pack_head &head, const host_info &host) {
     const bool second_matches = digit(host, 11) == pn_digit(head, 10);
+    // '+' is '0' - 5: the package's digit is the unit's plus 5.
     if (code(host, 10) - '+' == pn_digit(head, 9) && second_matches) {
         return "";
     }
@@ -82,12 +84,14 @@ candidate_fit judge_radio(const pack_head &head, const host_info &host) {
 }
 
 candidate_fit judge_lband(const pack_head &, const host_info &host) {
+    // Bit 1 says that an L-band receiver is fitted; the package's own digits do not matter.
     const bool fits = (code(host, 15) & 2) != 0;
     return {fits, "got  lband  package\n", fits ? "" : "pn lband not fit\n", {0, 0, 15, 1}};
 }
 
 candidate_fit judge_gprs(const pack_head &head, const host_info &host) {
     const int first = pn_digit(head, 7);
+    // '5' is '0' + 5: the package's digit is the unit's, or the unit's minus 5.
     const bool fits = (digit(host, 8) == first || code(host, 8) - '5' == first) &&
                       digit(host, 9) == pn_digit(head, 8);
     return {fits, "got web  gprs  package\n", fits ? "" : "pn gprs not fit\n", {7, 2, 8, 2}};

@@ -48,7 +48,7 @@ const char *radio_form(pn_pair pair, const host_info &host) {
     return nullptr;
 }
 
-// The comparison decides, also when the header could not be read: what is missing is zero.
+// A header that cannot be read is not checked for: it stays zero, which fits no unit.
 kind_judgement judge_new_host(const host_info &host) {
     pack_head_new head = {};
     get_pack_head_new(pack_header_path, &head);

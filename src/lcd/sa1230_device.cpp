@@ -55,6 +55,7 @@ struct line_switch {
     useconds_t wait_us;
 };
 
+// Power, then a low pulse on the reset line.
 constexpr std::array<line_switch, 4> power_up = {{
     {"echo 255 > /sys/class/leds/Oled_Power/brightness", 5000},
     {"echo 255 > /sys/class/leds/Oled_Rst/brightness", 5000},
@@ -71,11 +72,11 @@ struct start_up_command {
 
 constexpr std::array<start_up_command, 8> start_up = {{
     {controller_setting, 1, {0x00}, 0},
-    {set_column_address, 4, {0x00, 0x00, 0x00, 0x7D}, 0},
-    {set_page_address, 4, {0x00, 0x00, 0x01, 0x25}, 0},
-    {set_tear_on, 1, {0x00}, 0},
+    {set_column_address, 4, {0x00, 0x00, 0x00, 0x7D}, 0}, // columns 0 to 125
+    {set_page_address, 4, {0x00, 0x00, 0x01, 0x25}, 0},   // rows 0 to 293
+    {set_tear_on, 1, {0x00}, 0},                          // at each vertical blanking
     {set_display_brightness, 1, {0xFF}, 0},
-    {set_pixel_format, 1, {0x05}, 0},
+    {set_pixel_format, 1, {0x05}, 0}, // 16 bits a pixel
     {exit_sleep_mode, 0, {}, 150000},
     {set_display_on, 0, {}, 150000},
 }};

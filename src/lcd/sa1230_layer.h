@@ -23,9 +23,9 @@ struct sa1230_layer {
     int32_t height;
 };
 
-// Turns `source` by 90 degrees counter-clockwise into `destination`, whose buffer holds at least as
-// many pixels: the rightmost column becomes the top row. Sets the destination's width and height,
-// not its place. A pixel has `bytes_per_pixel` bytes (1 to 4), all of which are copied.
+// Rotates `source` by 90 degrees counter-clockwise into `destination`, whose buffer holds at least
+// as many pixels: the rightmost column becomes the top row. Sets the destination's width and
+// height, not its place. A pixel has `bytes_per_pixel` bytes (1 to 4), all of which are copied.
 //
 // Returns 0, or -1 when a layer or its pixels are missing or the pixel size is out of range.
 int32_t change_layer_direction(const sa1230_layer *source, sa1230_layer *destination,

@@ -32,7 +32,7 @@ struct box {
     uint16_t height;
 };
 
-// Makes a dark canvas of 128 x 128 pixels, which the caller gives back with
+// Makes a dark canvas of 128 x 128 pixels, which the caller releases with
 // `ssd1327zb_destroy_canvas`.
 //
 // Returns null without memory, after "create canvas struct failed" or "create canvas addr failed".

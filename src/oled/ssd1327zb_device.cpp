@@ -25,7 +25,7 @@ constexpr std::array<uint8_t, 35> start_up = {
     0x15, 0x00, 0x3F, // column addresses 0 to 63, of two pixels each
     0x75, 0x00, 0x7F, // row addresses 0 to 127
     0x81, 0x80,       // contrast 128
-    0xA0, 0x53,       // re-map: columns, nibbles and COM lines turned, COM lines split odd and even
+    0xA0, 0x53,       // re-map: columns, nibbles and COM lines reversed, COM lines split
     0xA1, 0x00,       // display start line 0
     0xA2, 0x00,       // display offset 0
     0xA4,             // normal display
@@ -67,7 +67,7 @@ int32_t spi_write_data(int32_t fd, const uint8_t *bytes, uint32_t length) {
     return spi_write(fd, spidev_level::data, bytes, length, "spi_write_data: ioctl command error!");
 }
 
-// The panel behind the node, started up; none, with the node closed, when that fails.
+// Starts up the panel behind the node. Returns the node, or none, with it closed, if that fails.
 owned_descriptor started_up(owned_descriptor node) {
     spidev_configure(node.get(), s_ucMode, s_ucBits, s_uSpeed);
     const bool sent = spi_write_cmds(node.get(), start_up.data(), start_up.size()) >= 0;
@@ -99,6 +99,8 @@ int32_t ssd1327zb_flush_full_screen(int32_t fd, const uint8_t *bytes, uint32_t c
         puts("ssd1327zd's canvas size is not match!");
         return -1;
     }
+    // Errors are printed and otherwise ignored: the next frame sets the window anew and sends every
+    // row.
     spi_write_cmds(fd, whole_window.data(), whole_window.size());
     for (uint32_t row = 0; row < ssd1327zb_height; ++row) {
         spi_write_data(fd, bytes + row * row_size, row_size);

@@ -17,9 +17,8 @@ int32_t ssd1327zb_open(const char *path);
 
 // Shows a frame of 8192 bytes, pixels as in a `canvas`, in 129 transfers.
 //
-// Returns 0, whatever the transfers gave, each of which prints as it fails; -1 with nothing sent
-// for no bytes ("ssd1327zd's canvas is null") or another count
-// ("ssd1327zd's canvas size is not match!").
+// Returns 0 even if transfers fail, each of which prints a line; -1 with nothing sent for no bytes
+// ("ssd1327zd's canvas is null") or another count ("ssd1327zd's canvas size is not match!").
 int32_t ssd1327zb_flush_full_screen(int32_t fd, const uint8_t *bytes, uint32_t count);
 
 // Closes the descriptor. The panel stays on and keeps its picture.

@@ -65,6 +65,7 @@ owned_memory<uint8_t> pixel_rearrange_merge(int32_t width, int32_t height, int32
     for (int64_t row = height - 1; row >= 0; --row) {
         const uint8_t *from = rows + row * row_size;
         for (int32_t column = 0; column < width; ++column, from += grey_source_size) {
+            // The mean of three colours, reduced from 8 bits to 4: / 3 / 16.
             *to++ = static_cast<uint8_t>((from[0] + from[1] + from[2]) / 48);
         }
     }
@@ -74,6 +75,7 @@ owned_memory<uint8_t> pixel_rearrange_merge(int32_t width, int32_t height, int32
 int tmp2buffer(int x, int y, int width, int height, const uint8_t *grey, uint8_t *pixels,
                uint32_t flags) {
     for (int row = 0; row < height; ++row) {
+        // A picture is opaque, so the other flags do not apply.
         ssd1327zb_draw_levels(pixels, (y + row) * ssd1327zb_width + x, grey + row * width, width,
                               flags & ssd1327zb_draw_inverted);
     }

@@ -11,13 +11,14 @@ namespace renewer {
 
 namespace {
 
+// U+4E00 and U+9FA5, as the three bytes of their UTF-8.
 constexpr uint32_t first_ideograph = 0xE4B880;
 constexpr uint32_t last_ideograph = 0xE9BEA5;
 
 constexpr int32_t glyph_height = 16;
 constexpr uint64_t ink = 15;
 
-// What stands at the start of a text.
+// The first character of a text.
 struct character {
     enum { ascii, ideograph, end, invalid } kind;
     uint32_t value;
@@ -46,7 +47,7 @@ void report_invalid_character() {
     puts("this is neither Ascii nor chinese character!");
 }
 
-// Whether `columns` hold all characters up to the text's end or to what is no character.
+// Whether all characters up to the text's end, or to an invalid one, fit into `columns`.
 bool fits(const char *text, int32_t columns) {
     for (character next = next_character(text); next.is_drawn(); next = next_character(text)) {
         columns -= next.columns();
@@ -152,6 +153,7 @@ int ssd1327zb_draw_strbuf_on_canvas(const strbuf *strip, int32_t start, canvas *
         return -1;
     }
     const int32_t columns = std::min<int32_t>(strip->width - start, area->width);
+    // The box fits the panel, but a caller's canvas may be smaller. Two pixels a byte.
     const int64_t end = int64_t{area->y + glyph_height - 1} * frame->width + area->x + columns;
     if (columns > 0 && end > int64_t{frame->size} * 2) {
         return -1;

@@ -12,12 +12,13 @@ uint8_t lay_over(uint8_t below, uint8_t pixels, uint8_t inversion) {
     if constexpr (!transparent) {
         return static_cast<uint8_t>(pixels ^ inversion);
     }
+    // Bit 0 of each half becomes 1 when any of its four bits is; times 15 it covers the half.
     const int has_ink = (pixels | pixels >> 1 | pixels >> 2 | pixels >> 3) & 0x11;
     const int kept = ~(has_ink * 15);
     return static_cast<uint8_t>((below & kept) | ((pixels ^ inversion) & ~kept));
 }
 
-// A pixel of its own: its level takes the part of the byte that is `mask`.
+// Draws a single pixel into the half of the byte that `mask` selects.
 template <bool transparent>
 void draw_single(uint8_t &byte, int level, int mask, uint8_t inversion) {
     const auto pixels = static_cast<uint8_t>((level & 0x0F) * 0x11);

@@ -18,7 +18,7 @@ constexpr size_t version_text_size = 15;
 constexpr size_t most_nodes = 64; // the node types that can carry a file
 constexpr char zeros[8] = {};
 
-// A package in the making.
+// A package that is being made.
 struct generation {
     pack_head_new head;
     char version[version_text_size];
@@ -60,6 +60,7 @@ bool fill_header(const package_plan &plan, generation *package) {
     }
     head.magic = magic_new;
     head.head_version = 1;
+    // A placeholder until `seal`.
     for (uint8_t i = 0; i < md5_size; ++i) {
         head.md5[i] = i;
     }
@@ -71,7 +72,7 @@ bool fill_header(const package_plan &plan, generation *package) {
     return true;
 }
 
-// Whether the package would be written over one of its own sources.
+// Whether the package would overwrite one of its own sources.
 bool is_a_source(const char *packpath, const package_plan &plan) {
     struct stat target = {};
     return stat(packpath, &target) == 0 &&
@@ -143,7 +144,7 @@ bool write_node_table(FILE *out, const generation &package) {
     return true;
 }
 
-// Writes everything before the node table, and what is still buffered of the file.
+// Writes everything before the node table, and flushes the file.
 bool write_header(FILE *out, const generation &package) {
     const uint32_t head_len = package.head.head_len;
     const auto fill = static_cast<size_t>(node_table_offset(head_len) - head_len);
@@ -152,7 +153,7 @@ bool write_header(FILE *out, const generation &package) {
            write_bytes(zeros, fill, out) && fflush(out) == 0;
 }
 
-// Puts the digest in place of the placeholder, once all else has reached the file.
+// Replaces the placeholder by the digest when everything else is in the file.
 bool seal(FILE *out) {
     const package_digest digest = digest_package(out);
     if (!digest.complete) {
@@ -217,6 +218,7 @@ int write_package(const package_plan &plan, const char *packpath) {
     if (packpath == nullptr || !fill_header(plan, &package)) {
         return 0;
     }
+    // Before "w+" empties the file.
     if (is_a_source(packpath, plan)) {
         return 0;
     }
@@ -233,6 +235,8 @@ int write_package(const package_plan &plan, const char *packpath) {
     }
     debug(1, "header len : %d , nodes len : %d\n", static_cast<int>(align4(package.head.head_len)),
           static_cast<int>(sizeof(pack_node)) * package.count);
+    // The payloads first, since the table needs their offsets, and the header last: a package that
+    // is cut short has no magic.
     return write_payloads(out.get(), &package) && write_node_table(out.get(), package) &&
                    write_header(out.get(), package) && seal(out.get())
                ? 1

@@ -6,7 +6,7 @@ namespace renewer {
 
 namespace {
 
-constexpr int git_version_type = 29; // its content travels in the header, so it has no bit
+constexpr int git_version_type = 29; // its content is in the header, so it has no bit
 
 bool in_table(int type) {
     return type >= 0 && static_cast<size_t>(type) < node_type_strs.size();
@@ -96,6 +96,7 @@ uint64_t node_type_flag(int type) {
     if (!in_table(type) || type == 0 || type == git_version_type) {
         return 0;
     }
+    // All types after the one without a bit have moved down by one.
     return uint64_t{1} << (type < git_version_type ? type - 1 : type - 2);
 }
 

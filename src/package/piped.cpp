@@ -10,12 +10,13 @@ namespace renewer {
 
 namespace {
 
-// Either the next byte to hand out is one that is kept, or it is the next one of the pipe.
+// A pipe that is read once, with its first bytes kept for seeking back. The next byte to return is
+// either a kept one or the next one from the pipe.
 struct piped_input {
     int descriptor;
-    uint64_t position;       // of the next byte to hand out
-    uint64_t taken;          // bytes that have come through the pipe
-    uint8_t kept[66 * 1024]; // the first of them
+    uint64_t position;       // of the next byte to return
+    uint64_t taken;          // bytes read from the pipe
+    uint8_t kept[66 * 1024]; // the first of them: header and longest version text
 
     uint64_t kept_bytes() const { return std::min<uint64_t>(taken, sizeof(kept)); }
 };
@@ -53,7 +54,7 @@ ssize_t read_piped(void *cookie, char *to, size_t size) {
     return static_cast<ssize_t>(count);
 }
 
-// Reads on up to `target`, or to the end, behind which there is nothing anyway.
+// Reads on up to `target` or to the end, whichever comes first.
 int skip_to(piped_input &input, uint64_t target) {
     char skipped[4096];
     input.position = input.taken;

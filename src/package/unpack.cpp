@@ -30,7 +30,7 @@ bool build_out_path(char (&path)[out_path_size], const char *out_dir, uint32_t t
 // Copies up to `size` bytes, as many as there are; false when they could not be read or written.
 bool copy_payload(FILE *in, uint32_t size, FILE *out) {
     transfer_buffer chunk;
-    clearerr(in); // of an earlier node
+    clearerr(in); // the end of file of an earlier node
     uint32_t remaining = size;
     while (remaining > 0) {
         const size_t wanted = std::min<size_t>(chunk.size(), remaining);
@@ -46,8 +46,7 @@ bool copy_payload(FILE *in, uint32_t size, FILE *out) {
     return ferror(in) == 0 && fflush(out) == 0;
 }
 
-// Extracts a node into its file. What stands in the way of that is reported, and the file is left
-// as it then is.
+// Extracts a node into its file. A failure is reported, and the file is left as it is then.
 void unpack_node(FILE *package, const pack_node &node, const char *path) {
     if (is_open_file(path, package)) {
         debug(1, "%s is the package itself, left out\n", path);
@@ -64,6 +63,7 @@ void unpack_node(FILE *package, const pack_node &node, const char *path) {
 int unpack_nodes(FILE *package, uint32_t count, const pack_node *nodes, const char *out_dir) {
     char path[out_path_size];
     for (uint32_t i = 0; i < count; ++i) {
+        // All paths are checked before anything is written.
         if (!build_out_path(path, out_dir, nodes[i].type)) {
             return 0;
         }

@@ -14,7 +14,7 @@ namespace {
 constexpr int shell_tries = 5;
 constexpr unsigned pause_between_tries_s = 1;
 
-// Characters that no shell gives a meaning to, wherever they stand in a word.
+// Characters without a special meaning to the shell, wherever they are in a word.
 constexpr const char plain_characters[] = "abcdefghijklmnopqrstuvwxyz"
                                           "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
                                           "0123456789"
@@ -24,9 +24,9 @@ bool is_plain(const char *text) {
     return text[0] != '\0' && text[strspn(text, plain_characters)] == '\0';
 }
 
-// system(3), with -1 for every shell that there was no process or no memory for. Some C libraries
-// report that as the exit code of a command that was not found and leave the reason in errno; a
-// shell that ran leaves errno alone.
+// system(3), but always with -1 if there was no process or no memory for the shell. Some C
+// libraries report that as "command not found" and leave the reason in errno; a shell that ran does
+// not change errno.
 int system_once(const char *command) {
     errno = 0;
     const int status = system(command);
@@ -82,6 +82,7 @@ int shell_with_argument(const char *command, const char *argument) {
     if (word == nullptr) {
         return -1;
     }
+    // "--" ends the options (POSIX, utility syntax guideline 10).
     const char *const separator = argument[0] == '-' ? " -- " : " ";
     const size_t size = strlen(command) + strlen(separator) + strlen(word.get()) + 1;
     const owned_memory<char> line(static_cast<char *>(malloc(size)));

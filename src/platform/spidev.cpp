@@ -20,6 +20,8 @@ static_assert(sizeof(spi_ioc_transfer) == 32);
 } // namespace
 
 void spidev_configure(int fd, uint8_t &mode, uint8_t &bits_per_word, uint32_t &speed_hz) {
+    // Errors are ignored: each transfer states speed and word size again, and a driver that refuses
+    // a mode keeps its own.
     ioctl(fd, SPI_IOC_WR_MODE, &mode);
     ioctl(fd, SPI_IOC_RD_MODE, &mode);
     ioctl(fd, SPI_IOC_WR_BITS_PER_WORD, &bits_per_word);

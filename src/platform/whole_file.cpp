@@ -78,7 +78,7 @@ owned_descriptor open_regular(const char *path, struct stat &about) {
     return file;
 }
 
-// The mode is set before the flush, so that the medium has it before the file's name leads to it.
+// The mode is set before the flush, so that it is on the medium before the file gets its name.
 bool write_copy(const char *path, int source, const struct stat *replaced) {
     struct stat about;
     if (fstat(source, &about) != 0) {
@@ -96,6 +96,7 @@ void flush_directory_of(const char *path) {
     const char *const end = strrchr(path, '/');
     const int length = end == nullptr ? 0 : static_cast<int>(end - path);
     snprintf(directory.text, sizeof(directory.text), "%.*s/", length, path);
+    // fsync(2) of a file does not flush its name in the directory.
     const owned_descriptor opened(open(directory.text, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened) {
         fsync(opened.get());
@@ -110,7 +111,8 @@ bool holds_same(const char *path, int source) {
     if (!file) {
         return false;
     }
-    posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED); // what is in memory says little
+    posix_fadvise(file.get(), 0, 0,
+                  POSIX_FADV_DONTNEED); // so that the medium is compared, not the page cache
     return same_bytes(file.get(), source);
 }
 

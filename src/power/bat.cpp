@@ -71,7 +71,7 @@ float volts_of(int channel, float count, int raw) {
     }
 }
 
-// The same count whatever the width of long.
+// strtoll, so that the count is the same whatever the width of long.
 float count_of(const char *text) {
     const long long count = strtoll(text, nullptr, 10);
     return static_cast<float>(std::clamp<long long>(count, INT32_MIN, INT32_MAX));
@@ -82,8 +82,8 @@ struct channel_mean {
     int status; // of the last reading
 };
 
-// The trimmed mean starts from 0.0 as the highest and 20.0 as the lowest reading: when all are
-// above 20 V, 20.0 is dropped in place of the smallest.
+// The trimmed mean starts with 0.0 as the highest and 20.0 as the lowest reading; if all are above
+// 20 V, it subtracts 20.0 instead of the smallest.
 channel_mean measure(int channel, const char *name, const char *sum_name) {
     float highest = 0.0f;
     float lowest = 20.0f;
@@ -91,6 +91,7 @@ channel_mean measure(int channel, const char *name, const char *sum_name) {
     float sample = 0.0f;
     int status = 0;
     for (int reading = 0; reading < 10; ++reading) {
+        // A reading that fails leaves the sample as it was, so the last one counts again.
         status = adc_get_common(channel, &sample, 0);
         printf("ret=%d,%s=%f\n", status, name, static_cast<double>(sample));
         highest = std::max(highest, sample);
@@ -106,6 +107,7 @@ bool counts_as_supply(float type_c_volts) {
     if (!(type_c_volts > type_c_present_volts)) {
         return false;
     }
+    // As a USB host the unit itself puts the voltage on the connector.
     if (usb_state_judge() == 0) {
         printf("usb otg");
         return false;
@@ -137,6 +139,7 @@ supplies find_type_c_supply() {
 // Hundredths of a volt, toward zero, as fine as the table is.
 int hundredths(float cell_volts) {
     const float scaled = cell_volts * 100.0f;
+    // Negated, so that it is also true for a NaN, whose conversion would be undefined.
     if (!(scaled >= 0.0f)) {
         return 0;
     }
@@ -156,6 +159,7 @@ int get_bat_percent(int machine_type, bat_info *info) {
     const supplies found = machine_type == 0 ? find_supplies() : find_type_c_supply();
     info->ext_power = found.ext || found.type_c;
     int percent = 0;
+    // Two cells in series.
     calc_bat_percent_pica(&percent, info->bat1_vol / 2.0f);
     info->bat1_percent = percent;
     return found.status;
@@ -189,6 +193,7 @@ int usb_state_judge() {
     // A file without a line leaves the text empty, which is no mode.
     [[maybe_unused]] const char *line = fgets(mode, sizeof(mode), file.get());
     printf("usb state usb state %s\n", mode);
+    // Four characters and the terminator: the rest of the line does not matter.
     return memcmp(mode, "host", sizeof(mode));
 }
 

@@ -20,6 +20,7 @@ constexpr int slice_ms = 300;
 constexpr int budget_ms = 120000;
 constexpr double lone_power_press_s = 2.0;
 constexpr int power_key_released = key_right + key_released;
+// Steps 0 and 100 are both even, so the LEDs stay on for two steps when the count starts again.
 constexpr int last_blink = 100;
 
 struct question {
@@ -42,12 +43,13 @@ int take_power_press(question &asked) {
 
 int take_silence(question &asked) {
     asked.time_out = whole_slice;
+    // Only slices without a key are counted.
     asked.left_ms -= slice_ms;
     return asked.left_ms <= 0 ? declined : undecided;
 }
 
-// A device that ended or failed stays readable, so that watching on would spin. It may come back,
-// as a pipe does with its next writer: the rest of the slice passes without it.
+// A device that has ended or failed stays readable, so waiting for it would spin. It may come back,
+// as a pipe does with its next writer; so only the rest of the slice passes without it.
 int sit_out_slice(question &asked) {
     return wait_for_key(-1, &asked.time_out) < 0 ? declined : take_silence(asked);
 }
@@ -79,6 +81,7 @@ bool power_pressed_alone(const question &asked) {
         return false;
     }
     timespec now = {};
+    // A clock that nobody sets: GNSS time may arrive at any moment.
     clock_gettime(CLOCK_MONOTONIC_RAW, &now);
     const double seconds = static_cast<double>(now.tv_sec - asked.power_press_time.tv_sec) +
                            static_cast<double>(now.tv_nsec - asked.power_press_time.tv_nsec) / 1e9;

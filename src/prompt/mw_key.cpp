@@ -38,7 +38,7 @@ constexpr std::array<key_times, 7> keys = {{
     {&down_down_t, &down_up_t, "down button"},
     {&up_down_t, &up_up_t, "up button"},
     {&esc_down_t, &esc_up_t, "esc button"},
-    {&esc_down_t, &esc_up_t, "power button"},
+    {&esc_down_t, &esc_up_t, "power button"}, // shares the times of esc
 }};
 
 constexpr bool is_key(int code) {
@@ -61,6 +61,7 @@ bool read_event(int fd) {
         device_lost = true;
         return false;
     }
+    // After a short read the rest of the event is zero, not that of the event before.
     *input = {};
     const ssize_t taken = read(fd, input.get(), sizeof(*input));
     device_lost = taken == 0 || (taken < 0 && errno != EINTR && errno != EAGAIN);
@@ -102,6 +103,7 @@ int key_close(int fd) {
 }
 
 int get_key_info(int fd, key_stamp *stamp) {
+    // Each key event is followed by a synchronisation event, whose code is 0 (EV_SYN, SYN_REPORT).
     if (!read_event(fd) || input->code == 0) {
         return key_none;
     }

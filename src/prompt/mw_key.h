@@ -49,7 +49,7 @@ int key_open(int block);
 // Forgets the events read so far and closes `fd`. Returns the result of closing.
 int key_close(int fd);
 
-// Reads one event, prints it as "@<code>  <value> <seconds>" and gives its time in `stamp`.
+// Reads one event, prints it as "@<code>  <value> <seconds>" and stores its time in `stamp`.
 //
 // Returns its key code (any, not only those of the seven keys); -1, with nothing printed and
 // `stamp` as it was, when nothing could be read or the event's code is 0.
@@ -64,8 +64,9 @@ int get_key_info(int fd, key_stamp *stamp);
 // it was.
 int key_get(int fd, unsigned *duration);
 
-// Whether the last read gave nothing although the descriptor was readable: end of file or an error,
-// as from a device that is gone. An interrupted read and one that would block are not that.
+// Whether the last read returned nothing although the descriptor was readable: end of file or an
+// error, as with a device that is gone. An interrupted read, or one that would block, does not
+// count.
 bool key_device_lost();
 
 // Whole seconds from press to release: milliseconds, rounded up from 501 on. 0 when the release is

@@ -19,6 +19,7 @@ namespace {
 constexpr useconds_t blink_us = 500'000;
 constexpr int last_blink_step = 99;
 constexpr useconds_t running_light_us = 200'000;
+// 300 and 0 show the same LED, so it stays lit for two steps when the count starts again.
 constexpr size_t last_running_step = 300;
 constexpr unsigned success_s = 3;
 constexpr int failure_flashes = 3;
@@ -80,6 +81,7 @@ int flash_result() {
 }
 
 bool has_charge_pattern(const host_info &host) {
+    // The GNSS boards 56 to 59.
     const char pn5 = host.pn[5];
     return host.pn[4] == '5' && pn5 >= '6' && pn5 <= '9';
 }

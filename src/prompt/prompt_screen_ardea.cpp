@@ -48,6 +48,7 @@ void show(const prompt_picture &picture) {
 int show_result(const prompt_picture &picture) {
     end_running_thread(s_lcd_thread_run, thr_lcd);
     show(picture);
+    // A result is the last picture of a run. The LCD stays initialised, so nothing opens it again.
     if (spi_fd >= 0) {
         close(spi_fd);
         spi_fd = -1;
@@ -159,6 +160,9 @@ void *lcd_thread_fun_ardea(void *) {
         if (frame == last_frame) {
             frame = 0;
         }
+        // Either the first picture is missing, and so the whole animation, or the last one, behind
+        // which the animation would begin again. Any other missing picture just restarts the
+        // animation.
         if (shown < 0 && frame == 0) {
             sa1230_default(spi_fd, built_in_updating);
             debug(5, "updating default!\n");

@@ -41,6 +41,8 @@ int prompt_user(int number) {
     if (s_prompt_funs == nullptr) {
         return 0;
     }
+    // Every prompt needs the devices, and `init` may be repeated. Its result is that of
+    // PROMPT_INIT, which calls it once more through the table.
     s_prompt_funs->init();
     if (number < PROMPT_CONFIRM || number > PROMPT_INIT) {
         return 0;

@@ -179,6 +179,7 @@ signature_fault fault_of(const char *path, const char *signature_path, const cha
     if (fault != signature_fault::none) {
         return fault;
     }
+    // A wrong key is found before a large file is read.
     if (memcmp(signature->signature.id, key.id, key_id_size) != 0) {
         return signature_fault::other_key;
     }

@@ -47,6 +47,7 @@ int copy_own_update_unless_older() {
     }
     printf("pack version %s\n", pack_version);
     printf("data version %s\n", data_version);
+    // An equal version is copied as well, which mends a damaged copy.
     if (edition_compare(pack_version, data_version) >= 0) {
         copy_own_update();
     }
@@ -56,6 +57,7 @@ int copy_own_update_unless_older() {
 } // namespace
 
 int do_update([[maybe_unused]] const char *path, int timeout) {
+    // An interrupted run may have left them, and what is copied below needs their room.
     remove_unfinished_own_update();
     shell("sync");
     if (shell("cp -drf /firmware/update/* /firmware/") != 0) {
@@ -67,6 +69,7 @@ int do_update([[maybe_unused]] const char *path, int timeout) {
                           static_cast<unsigned>(timeout), install_tries) != 0) {
         return 0;
     }
+    // Without a version to compare, the updater of this update is installed in any case.
     if (access(pack_version_path, F_OK) != 0) {
         copy_own_update();
         return 1;

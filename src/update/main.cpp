@@ -39,6 +39,7 @@ constexpr const char help[] =
 // A decimal number at the start of the text; 0 when there is none.
 int number_of(const char *text) {
     const long number = strtol(text, nullptr, 10);
+    // Where a long is wider than an int, a conversion alone could turn a large number into a kind.
     return static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX));
 }
 
@@ -52,15 +53,15 @@ int used_wrongly() {
 }
 
 // The application that the run stops may hold the other end of the program's output, or its
-// terminal; its end must not be the run's, nor that of the unit's scripts that the run starts.
+// terminal. Its end must not end the run, nor the unit's scripts that the run starts.
 void outlive_application() {
     signal(SIGPIPE, SIG_IGN);
     signal(SIGHUP, SIG_IGN);
 }
 
-// Sets right what the run depends on and a starter may have left otherwise (execve(2) keeps blocked
-// and ignored signals): the alarm arrives, ended commands report their status, and no file that the
-// run opens takes the place of its standard streams.
+// Resets what a careless starter may have passed on (blocked and ignored signals survive
+// execve(2)), so that the alarm arrives, ended commands report their status, and no file that the
+// run opens becomes one of its standard streams.
 void reset_inherited_state() {
     sigset_t none;
     sigemptyset(&none);
@@ -70,6 +71,7 @@ void reset_inherited_state() {
     do {
         opened = open("/dev/null", O_RDWR);
     } while (opened >= 0 && opened <= STDERR_FILENO);
+    // This one lies above the standard streams, which are all open now.
     if (opened >= 0) {
         close(opened);
     }
@@ -79,7 +81,7 @@ void reset_inherited_state() {
 
 int main(int argc, char **argv) {
     reset_inherited_state();
-    // Lines leave at once, so that they keep their order beside those of the commands run.
+    // Print each line at once, so that it keeps its place among the lines of the commands.
     setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     if (argc == 2 && strcmp(argv[1], "--version") == 0) {
         printf("%s\n%s\n", ident, build_time);

@@ -33,7 +33,7 @@ bool leads_above(const char *path) {
     return false;
 }
 
-// What cannot be looked at might be a link too.
+// A path that cannot be examined counts as a link.
 bool may_be_link(const char *path) {
     struct stat about;
     return lstat(path, &about) == 0 ? S_ISLNK(about.st_mode) : errno != ENOENT;
@@ -43,6 +43,7 @@ bool may_be_link(const char *path) {
 // and so would be followed.
 bool leads_through_link(const char *path) {
     const owned_memory<char> walked(strdup(path));
+    // Without memory to look, nothing is removed.
     if (walked == nullptr) {
         return true;
     }

@@ -10,8 +10,9 @@ namespace renewer {
 
 namespace {
 
-// Whether this process is alive and in the group. The name, the second field of the file, may hold
-// anything, also a closing bracket: what follows the last one counts.
+// Whether this process is alive and in the group. The second field of the file, the name, may
+// contain anything, even a closing bracket, so the text after the last one is parsed (proc(5),
+// /proc/pid/stat).
 bool is_alive_in(const char *process, pid_t group) {
     char path[64];
     snprintf(path, sizeof(path), "/proc/%.32s/stat", process);
@@ -27,6 +28,7 @@ bool is_alive_in(const char *process, pid_t group) {
     if (rest == nullptr || sscanf(rest, ") %c %d %d", &state, &parent, &its_group) != 3) {
         return false;
     }
+    // A zombie (Z) or dead (X) process runs no more; only its parent has not collected it yet.
     return its_group == group && state != 'Z' && state != 'X';
 }
 
@@ -45,6 +47,7 @@ group_state state_of_group(pid_t group) {
             return group_state::running;
         }
     }
+    // Where proc is not mounted, "/proc" is an empty directory and proves nothing.
     return any ? group_state::ended : group_state::unknown;
 }
 

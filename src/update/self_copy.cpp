@@ -17,8 +17,8 @@ constexpr const char installed_path[] = "/data/sbin/renewer";
 constexpr const char fallback_directory[] = "/data/sbin/update";
 constexpr const char fallback_path[] = "/data/sbin/update/renewer";
 
-// One of the two, and what it was before the commands: a command that fails half-way has destroyed
-// it, and there may be no room for the new one.
+// One of the two copies, and its content before the commands: a command that fails halfway has
+// destroyed it, and there may be no room for the new one.
 struct own_copy {
     const char *path;
     bool existed;
@@ -36,12 +36,13 @@ void run_commands() {
         shell("mkdir -p /data/sbin/update");
     }
     shell("cp /firmware/renewer.bin /data/sbin/update/renewer");
+    // One copy must be on the medium before cp truncates the other one.
     flush_file_system(fallback_directory);
     shell("cp /firmware/renewer.bin /data/sbin/renewer");
     shell("sync");
 }
 
-// Neither the new one nor known to be the one that was there.
+// Whether the copy is neither the new one nor known to be the previous one.
 bool is_torn(const own_copy &copy, int carried) {
     if (holds_same(copy.path, carried)) {
         return false;
@@ -54,7 +55,7 @@ void make_whole(const own_copy &copy, const own_copy &other, int carried) {
         !is_torn(copy, carried)) {
         return;
     }
-    // What is torn is of no use but for its room.
+    // Torn copies are useless; emptying them makes room.
     for (const own_copy *torn : {&copy, &other}) {
         if (is_torn(*torn, carried)) {
             [[maybe_unused]] const int emptied = truncate(torn->path, 0);
@@ -71,6 +72,7 @@ void copy_own_update() {
     const own_copy installed = remember(installed_path);
     const own_copy fallback = remember(fallback_path);
     run_commands();
+    // O_NONBLOCK: a FIFO of this name must not make the run wait for a writer.
     const owned_descriptor carried(open(carried_path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (carried) {
         make_whole(installed, fallback, carried.get());

@@ -25,17 +25,17 @@ char s_exec_name[64];
 volatile sig_atomic_t s_attempt = 0; // process group of the attempt; 0 when none is waited for
 volatile sig_atomic_t s_told_to_end = 0;
 
-// A script that asks must not wait for an answer that nobody types, and a process of a background
-// group that reads from a terminal would be stopped.
+// A script must not wait for input that nobody types, and a process of a background group would be
+// stopped when it reads from a terminal.
 void take_empty_input() {
     const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
     dup2(nothing, STDIN_FILENO);
 }
 
-// The child of a process with threads: no lock that one of them may have held stands in its way
-// (they never call system(3), and fork(2) sets right what is the C library's own), and it leaves
-// through _exit, so that nothing of the parent's buffered output is written twice. The script finds
-// the usual signals, not those that the run or its starter ignores.
+// Runs in the child of a process with threads. No lock held by one of them can block it: the
+// threads never call system(3), and fork(2) resets the C library's own locks. It leaves through
+// _exit, so that the parent's buffered output is not written twice. The script gets default
+// signals, not those that the run or its starter ignores.
 [[noreturn]] void run_attempt_child(const char *command) {
     setpgid(0, 0);
     take_empty_input();
@@ -53,7 +53,7 @@ pid_t start_attempt(const char *command) {
         run_attempt_child(command);
     }
     if (child > 0) {
-        setpgid(child, child); // here too, since the child may not have come to it
+        setpgid(child, child); // here too, since the child may not have run yet
     }
     return child;
 }
@@ -68,14 +68,14 @@ void start_time_limit(pid_t attempt, unsigned timeout) {
     alarm(timeout);
 }
 
-// The handler may have run, and have set the alarm again, until the first of these.
+// Until s_attempt is 0 the handler may run and set the alarm again, so this order matters.
 void end_time_limit() {
     s_attempt = 0;
     alarm(0);
 }
 
-// Waits for the attempt under its time limit and returns its wait status. The attempt is not
-// collected: until it is, the number of its process group is nobody else's.
+// Waits for the attempt under its time limit and returns its wait status. The attempt is not reaped
+// yet, because until then its process group's number cannot be reused.
 int await_attempt(pid_t attempt, unsigned timeout) {
     start_time_limit(attempt, timeout);
     siginfo_t ended = {};
@@ -84,9 +84,11 @@ int await_attempt(pid_t attempt, unsigned timeout) {
         result = waitid(P_PID, static_cast<id_t>(attempt), &ended, WEXITED | WNOWAIT);
     } while (result < 0 && errno == EINTR);
     end_time_limit();
+    // Nothing is known of the attempt, so it counts as killed, and is tried again.
     if (result < 0) {
         return SIGKILL;
     }
+    // Converted to a wait status (wait(2)): the exit status is in bits 8 to 15, a signal in 0 to 6.
     return ended.si_code == CLD_EXITED ? ended.si_status << 8 : ended.si_status;
 }
 
@@ -107,7 +109,8 @@ group_state state_after_grace(pid_t attempt) {
     return state;
 }
 
-// What cannot be seen is not waited for, and must not meet the next attempt either.
+// If the group's state is unknown, it is not waited for but killed, so that nothing of it is left
+// when the next attempt starts.
 void end_rest_of(pid_t attempt) {
     if (state_after_grace(attempt) != group_state::ended) {
         kill(-attempt, SIGKILL);
@@ -132,6 +135,8 @@ void handleTimeout(int) {
     snprintf(command, sizeof(command), "killall %s", s_exec_name);
     // The thread is in its wait and holds no lock, so starting a shell from here is safe.
     system_with_patience(command);
+    // killall alone reaches neither a script that ignores its signal nor the commands that it runs:
+    // when the grace is over, the whole group is killed.
     if (s_attempt != 0 && s_told_to_end != 0) {
         kill(-s_attempt, SIGKILL);
     } else if (s_attempt != 0) {

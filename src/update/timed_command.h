@@ -2,8 +2,8 @@
 
 namespace renewer {
 
-// How long what was told to end, or is left of a failed attempt, has until it is ended: it may be
-// in the middle of a block of flash.
+// How long an attempt that was told to end, or the rest of a failed one, has until it is killed: it
+// may be in the middle of a block of flash.
 constexpr unsigned end_grace_seconds = 30;
 
 // Runs `command` through the system shell in a child process under a time limit, up to `tries`

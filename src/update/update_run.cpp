@@ -39,8 +39,9 @@ bool update_over_exists() {
     return access(over_marker.path, F_OK) == 0;
 }
 
-// The rest of the unit has to find the marker, also when the command could not make it. One that
-// the command has made may be gone again: then it has been acknowledged.
+// The rest of the unit has to find the marker even if the command could not make it. A marker that
+// the command has made may be gone already, because it has been acknowledged; so it must not be
+// made again.
 void create(const marker &which) {
     if (shell(which.touch) != 0) {
         const owned_descriptor made(
@@ -84,13 +85,14 @@ decision check_power(const host_info &host) {
     return decision::refuse;
 }
 
-// A package whose path speaks of firmware, as the unit's own storage does, is installed unasked.
+// A package with "firmware" in its path, such as one on the unit's own storage, is installed
+// without a question.
 decision ask_user(const char *path) {
     if (strstr(path, "firmware") != nullptr) {
         return decision::go_on;
     }
     debug(1, "coming................");
-    fflush(stdout); // it has no line end, and the answer may take minutes
+    fflush(stdout); // the line has no newline yet, and the answer may take minutes
     if (prompt_user(PROMPT_CONFIRM) == 1) {
         return decision::go_on;
     }
@@ -109,6 +111,7 @@ decision prepare(const update_arguments &arguments) {
         package_fits(arguments.kind, arguments.expected, host) != 1) {
         return decision::refuse;
     }
+    // From here on the run needs the keys and the panel for itself.
     stop_application();
     if (prompt_user(PROMPT_INIT) != 1) {
         debug(1, "Update status init err\n");
@@ -133,8 +136,8 @@ int install(const update_arguments &arguments) {
 
 void on_signal_to_end(int) {}
 
-// A shutdown script that ends all that still runs must not end the run before its last commands.
-// Handlers, so that the commands themselves start with the defaults; SIGHUP is ignored already.
+// A shutdown script that ends all processes must not end the run before its last commands. Handlers
+// rather than SIG_IGN, because the commands would inherit that; SIGHUP is ignored already.
 void outlive_shutdown() {
     struct sigaction action = {};
     action.sa_handler = on_signal_to_end;
@@ -143,7 +146,8 @@ void outlive_shutdown() {
     sigaction(SIGINT, &action, nullptr);
 }
 
-// A command that an end of all processes took away along with its shell is at work.
+// A command that was killed together with its shell has worked: the shutdown is ending all
+// processes.
 bool was_refused(int status) {
     return status == -1 || (WIFEXITED(status) && WEXITSTATUS(status) != 0);
 }
@@ -154,6 +158,8 @@ bool was_refused(int status) {
     shell("/etc/init.d/umount_all");
     shell("sync");
     if (was_refused(shell("reboot"))) {
+        // The command is missing or has failed. The system call restarts at once and does not sync
+        // (reboot(2)).
         sync();
         reboot(RB_AUTOBOOT);
     }
