@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Compares the package operations with the usual commands, and prints a table (Markdown).
 
-Each is a process of its own, run in turn with the others; what counts is the best of the runs,
-because everything else that a machine does only makes them slower. The files are in memory.
+Each operation is a process of its own. They are run in turn, and the best run of each counts,
+because other activity of the machine can only make them slower. The files are in memory.
 """
 
 import argparse

@@ -1,8 +1,8 @@
-// A full status screen of the OLED, composed into the canvas through the display middleware: four
-// lines of text over the whole width (40 ASCII characters and 12 ideographs, sized, rendered and
-// drawn each time), a border and a picture of 32 x 32 pixels. Beside it what it costs to copy the
-// canvas's 8192 bytes once, and what the parts cost. For scale: the panel's wire needs 2.2 ms for a
-// frame (8192 bytes at 30 MHz).
+// Measures composing a full status screen of the OLED on the canvas with the display middleware:
+// four lines of text over the whole width (40 ASCII characters and 12 ideographs, measured,
+// rendered and drawn each time), a border and a picture of 32 x 32 pixels. For comparison: copying
+// the canvas's 8192 bytes once, and the parts of the work. Sending a frame takes 2.2 ms (8192 bytes
+// at 30 MHz).
 
 #include "oled/canvas.h"
 #include "oled/ssd1327zb_draw_border.h"
@@ -107,7 +107,7 @@ void rendering_of_the_texts(benchmark::State &state) {
 }
 BENCHMARK(rendering_of_the_texts);
 
-// As above without the search: an ASCII cell for each half of an ideograph.
+// The same without the search for ideographs: an ASCII cell for each half of one.
 void rendering_of_as_wide_ascii_texts(benchmark::State &state) {
     screen shown;
     bool done = true;

@@ -1,5 +1,5 @@
-// One operation of the package library as a process of its own, so that its time and memory can be
-// compared with those of a usual command (see compare_packages.py).
+// Runs one operation of the package library in a process of its own, so that its time and memory
+// can be compared with those of a usual command (see compare_packages.py).
 #include "discovery/get_valid_package.h"
 #include "package/package.h"
 
@@ -44,9 +44,9 @@ constexpr struct {
 } operations[] = {
     {"check", 1, check}, {"unpack", 2, unpack}, {"generate", 2, generate}, {"find", 2, find}};
 
-// Tells the largest memory that this process has held (proc(5), status): what getrusage tells
-// includes the memory of the program that started it.
-void tell_peak_memory() {
+// Prints the peak memory of this process (proc(5), status). getrusage would include the memory of
+// the program that started it.
+void report_peak_memory() {
     FILE *const status = fopen("/proc/self/status", "r");
     char line[128];
     while (status != nullptr && fgets(line, sizeof(line), status) != nullptr) {
@@ -62,7 +62,7 @@ int main(int argc, char **argv) {
     for (const auto &[name, arguments, run] : operations) {
         if (argc == arguments + 2 && argv[1] == name) {
             const int result = run(argv + 2);
-            tell_peak_memory();
+            report_peak_memory();
             return result == 1 ? 0 : 1;
         }
     }

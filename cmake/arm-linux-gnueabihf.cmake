@@ -1,4 +1,4 @@
-# Toolchain of the unit: ARMv7, hard float, as Debian's armhf.
+# Toolchain for the unit: ARMv7, hard float, like Debian's armhf.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
@@ -9,12 +9,12 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY BOTH)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 
-# The emulated tests find the C library of the architecture's packages and nothing more.
+# Emulated tests find the architecture's C library, but not the compiler's runtime libraries.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static-libgcc -static-libstdc++")
 
-# pkg-config answers for the target, not for the build machine.
+# pkg-config must find the target's packages, not the build machine's.
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/arm-linux-gnueabihf/pkgconfig:/usr/share/pkgconfig)
 
-# Tests run under emulation, in a unit's root that a command of the build machine's own build makes.
+# Tests run under emulation in a unit's root, which a command of the debug build provides.
 set(CMAKE_CROSSCOMPILING_EMULATOR
     ${CMAKE_CURRENT_LIST_DIR}/../build/debug/simulator/unit/in_unit_root;qemu-arm-static)

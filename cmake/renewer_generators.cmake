@@ -1,6 +1,6 @@
-# What is made during the build from short descriptions and installed fonts, by the scripts of
-# tools/generators. They run on the build machine, so nothing of them is compiled. The sources of a
-# release hold what they make, in the folder generated, and need neither Python nor fonts for it.
+# Files that the scripts of tools/generators make during the build from short descriptions and
+# installed fonts. The scripts run on the build machine, so they need no compiler. A release
+# includes the files in the folder generated, so it needs neither Python nor fonts.
 set(RENEWER_GENERATED ${PROJECT_SOURCE_DIR}/generated)
 
 function(renewer_has_pillow result python)
@@ -11,7 +11,7 @@ function(renewer_has_pillow result python)
   endif()
 endfunction()
 
-# The first python3 need not be the system's, for which Pillow is packaged.
+# The first python3 in PATH may not be the system's, for which Pillow is packaged.
 find_program(RENEWER_PYTHON python3 HINTS /usr/bin VALIDATOR renewer_has_pillow
              DOC "Python that has Pillow")
 find_path(RENEWER_FONTS DejaVuSans-Bold.ttf PATHS /usr/share/fonts/truetype/dejavu
@@ -31,8 +31,8 @@ function(renewer_need_generators)
   endif()
 endfunction()
 
-# Makes <output> from <description> with a script of tools/generators; what follows are the script's
-# further arguments, and DEPENDS with the files, apart from these two, that it reads.
+# Makes <output> from <description> with a script of tools/generators. Further arguments are passed
+# to the script; DEPENDS names the other files that it reads.
 function(renewer_generate output script description)
   cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
   cmake_path(GET output FILENAME name)

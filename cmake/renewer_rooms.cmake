@@ -1,5 +1,5 @@
-# Writes what every target of some folders is made from and what it links, a target a line, for the
-# test that holds the includes to it: "<folder> <target> <library>...".
+# Writes the targets of some folders and the libraries that they link, for the test that compares
+# them with the includes: one line "<folder> <target> <library>..." per target.
 function(renewer_write_rooms file)
   set(lines "")
   set(folders ${ARGN})

@@ -1,4 +1,4 @@
-# What every target of the project is compiled with.
+# Compile settings of all targets.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -12,8 +12,8 @@ add_compile_options(-Wall -Wextra -Wconversion -Wshadow -Werror)
 # The same program from whatever folder it is built in.
 add_compile_options($<$<CONFIG:MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
                     $<$<CONFIG:MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
-# Packages reach 4 GiB and files bear stamps beyond 2038, also where a long has 32 bits; without
-# these, a call that would tell of one fails there (EOVERFLOW).
+# Packages reach 4 GiB and file times go beyond 2038, even where a long has 32 bits; without these
+# settings, calls that return such values fail there (EOVERFLOW).
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 if(RENEWER_ASAN)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
@@ -26,10 +26,11 @@ if(RENEWER_TSAN)
 endif()
 
 # One static library per folder of src/, named renewer_<folder> with the alias renewer::<folder>.
-# LINKS names the libraries that its files include from; the test house/arrows holds them to it.
-# What is named with HEADERS is installed for applications, and INSTALLED libraries with it.
+# LINKS names the libraries that its files include from; the test house/arrows checks it. HEADERS
+# names headers to install for applications; libraries with HEADERS or INSTALLED are installed as
+# well.
 #
-# What ships runs without exceptions and without RTTI, so that it needs no C++ runtime library.
+# Shipping code is built without exceptions and RTTI, so it needs no C++ runtime library.
 function(renewer_library folder)
   cmake_parse_arguments(ARG "INSTALLED" "" "SOURCES;LINKS;HEADERS" ${ARGN})
   add_library(renewer_${folder} STATIC ${ARG_SOURCES})
@@ -69,7 +70,7 @@ function(renewer_shipping_options target)
   endif()
 endfunction()
 
-# A program that ships: nothing in it that is not used, and no library that it does not need.
+# A shipping program contains no unused code and links no unneeded library.
 function(renewer_shipping_program target)
   renewer_shipping_options(${target})
   target_link_options(${target} PRIVATE -static-libgcc -static-libstdc++ -Wl,--gc-sections,--as-needed)

@@ -6,7 +6,7 @@
 
 using namespace renewer;
 
-// The loader of pictures, on any file. What it hands over must be there to the last byte.
+// The picture loader, on any file. Every byte that it returns must be readable.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     fuzz::put_input(fuzz::text_of(data, size));
     int width = 0;

@@ -15,14 +15,14 @@ namespace {
 constexpr const char *directory = "/media/sda1";
 constexpr size_t longest_name = 60;
 
-// The next `size` bytes of the input, or what is left of it.
+// Takes the next `size` bytes of the input, or what is left of it.
 std::string_view take(std::string_view *input, size_t size) {
     const std::string_view taken = input->substr(0, size);
     input->remove_prefix(taken.size());
     return taken;
 }
 
-// The input as a name that a directory can hold.
+// Converts input bytes to a valid file name.
 std::string name_of(std::string_view bytes) {
     std::string name = "update_" + std::string(bytes);
     std::replace(name.begin(), name.end(), '/', '_');
@@ -32,7 +32,8 @@ std::string name_of(std::string_view bytes) {
 
 } // namespace
 
-// The search, on any unit with two files: a host record, the name of one of them, the contents.
+// The search, on a unit with two candidates. The input is a host record, the name of one candidate
+// and the contents of both.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::string_view input = fuzz::text_of(data, size);
     host_info host = {};

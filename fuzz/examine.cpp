@@ -2,8 +2,7 @@
 
 #include "package_file.h"
 
-// What renewer-pack makes of any file: it is refused or its defects are told, in words that a
-// terminal can show.
+// renewer-pack's examination, on any file: it refuses it or reports defects, in printable text.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     fuzz::put_input(fuzz::text_of(data, size));
     try {

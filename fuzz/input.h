@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <string_view>
 
-// What the fuzzers share. They run in a unit's root, with standard output thrown away (begin.cpp).
+// Shared by the fuzzers. They run in a unit's root, with standard output discarded (begin.cpp).
 namespace fuzz {
 
 constexpr const char *input_path = "/tmp/input";
 
-// Makes the input the content of a file.
+// Writes the input to a file.
 inline void put_input(std::string_view input, const char *path = input_path) {
     FILE *const file = fopen(path, "w");
     if (file == nullptr || fwrite(input.data(), 1, input.size(), file) != input.size() ||

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes a seed corpus for each fuzzer into the directory that is its argument."""
+"""Writes a seed corpus for each fuzzer. usage: make_seeds.py DIRECTORY"""
 
 import hashlib
 import pathlib
@@ -16,7 +16,7 @@ def sealed(package):
 
 
 def table(contents, begin):
-    """Node records and padded payloads that follow each other from `begin` on."""
+    """Node records, followed by the padded payloads, from offset `begin` on."""
     records, payloads = b"", b""
     begin += 12 * len(contents)
     for node_type, content in contents:

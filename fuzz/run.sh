@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the fuzzers and runs each for a time. What they find is kept in build/fuzz/findings.
+# Builds the fuzzers and runs each for a time. Findings are kept in build/fuzz/findings.
 #
 #     fuzz/run.sh [SECONDS [FUZZER...]]     default: 60 seconds, all of them
 set -euo pipefail
@@ -15,8 +15,7 @@ build=$PWD/build/fuzz
 fuzz/make_seeds.py "$build/seeds"
 mkdir -p "$build/findings"
 
-# A fuzzer moves into a unit's root, where only the directory that it was started in is left of
-# this machine.
+# A fuzzer moves into a unit's root, where it sees only its start directory of this machine.
 cd "$build"
 status=0
 for fuzzer in "${chosen[@]}"; do

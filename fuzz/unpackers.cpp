@@ -20,7 +20,7 @@ std::set<std::string> names_in(const char *directory) {
     return names;
 }
 
-// What was unpacked is there, is no larger than the package, and lies nowhere else.
+// Unpacked files are no larger than the package and lie nowhere but in the output directory.
 void look_around(size_t size) {
     for (const auto &entry : fs::directory_iterator("/tmp/out")) {
         fuzz::expect(entry.is_regular_file() && entry.file_size() <= size);

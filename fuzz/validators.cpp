@@ -20,8 +20,8 @@ bool digest_matches(const uint8_t *data, size_t size) {
 
 } // namespace
 
-// Both validators, against what the bytes in memory say. Every other input is sealed first: no
-// mutation finds a digest.
+// Both validators, compared with a digest of the bytes in memory. Every other input gets a correct
+// digest first, which no mutation would find.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     uint8_t bytes[4096];
     if (size > sizeof(bytes)) {
