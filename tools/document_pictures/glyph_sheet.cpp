@@ -11,7 +11,7 @@ using simulator::picture;
 
 namespace {
 
-// The sheet: tables below each other, each after its name, cells in rows.
+// The sheet: one table below the other, each with its name above rows of cells.
 class glyph_sheet {
 public:
     void add_title(const std::string &text) {

@@ -27,7 +27,7 @@ constexpr std::array<lamp, 6> lamps = {{
     {"Light_Power", "#2e9e5b"},
 }};
 
-// What is shown of a prompt: its first seconds.
+// A prompt, of which the first seconds are shown.
 struct prompt {
     const char *title;
     const char *note;
@@ -36,8 +36,7 @@ struct prompt {
     double seconds;
 };
 
-// The driver waits in these steps until the running indication has gone on for longer than what is
-// drawn of it.
+// The driver waits in these steps until the running indication has lasted longer than the drawing.
 const std::string step_beside = "0.1 s";
 const moment seen_enough = after("led Light_Power 255", 0s, 5);
 
@@ -60,8 +59,8 @@ double seconds_of(const std::string &text) {
     return std::stod(text);
 }
 
-// Draws the bars from the order of what was switched and how long the program asked to wait
-// between: the clock of a desk that has other work does not come into it.
+// Draws the bars from the order of the switching and the requested waits in between, so that the
+// load of the machine has no influence.
 void draw_bars(svg &on, double left, double top, const outcome &end, double shown) {
     std::map<std::string, double> lit_since;
     double now = 0;

@@ -1,5 +1,5 @@
-// Draws the pictures of the documents that the program itself makes, or checks that they are as
-// they would be drawn and that the bytes that oled.md shows are those of the program:
+// Draws the documents' pictures of what the program does, or checks that the present ones are up to
+// date and that oled.md shows the program's bytes:
 //
 //     document_pictures write DOCS
 //     document_pictures check DOCS
@@ -26,10 +26,10 @@ using simulator::picture;
 struct document_set {
     std::map<std::string, picture> bitmaps;
     std::map<std::string, std::string> drawings;
-    std::vector<std::string> bytes; // in hexadecimal, that oled.md shows
+    std::vector<std::string> bytes; // hexadecimal, as in oled.md
 };
 
-// Each pixel as a square of `times` x `times`.
+// Enlarges each pixel to a square of `times` x `times`.
 picture enlarged(const picture &small, int times) {
     picture large = {small.width * times, small.height * times, {}};
     for (int y = 0; y < large.height; ++y) {
@@ -72,7 +72,7 @@ std::string content_of(const std::filesystem::path &file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// A text with each run of blanks and line ends as one blank.
+// The text with each run of white space replaced by one blank.
 std::string on_one_line(const std::string &text) {
     std::istringstream words(text);
     std::string line;

@@ -13,13 +13,13 @@ using namespace renewer;
 
 namespace {
 
-// A small surface stands for the large one: each pixel has its number in place of a colour.
+// A small surface represents the real one: each pixel has its number instead of a colour.
 constexpr int32_t width = 7, height = 3;
 using pixels = std::array<uint8_t, static_cast<size_t>(width *height) * sa1230_pixel_size>;
 
 constexpr double cell = 34;
 
-// The colours of a row on the surface, from its left to its right.
+// Two alternating colours for each row of the surface.
 constexpr const char *row_colours[height][2] = {
     {"#7fb8e6", "#4b95d1"}, {"#f3c969", "#e0a92f"}, {"#8fcf9f", "#55ad6b"}};
 

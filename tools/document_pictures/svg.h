@@ -4,7 +4,7 @@
 
 namespace document_pictures {
 
-// A drawing of boxes and words on a light ground, as SVG; places in pixels from the top left.
+// An SVG drawing of boxes and words on a light ground; positions are in pixels from the top left.
 class svg {
 public:
     svg(int width, int height);

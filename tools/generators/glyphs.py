@@ -6,8 +6,9 @@ usage: glyphs.py LISTS source HEX_FONT HEADER FILE
 
 "source" writes a C++ file that defines the tables as HEADER declares them, from the characters in
 LISTS (the file explains its format) and a font of 16 rows in the .hex format: a code point, a colon
-and the rows from the top in hexadecimal, 2 or 4 digits each. "check" reports each character in the
-quoted texts of C++ files that is neither ASCII nor one of the ideographs, and fails if there is one.
+and the rows from the top in hexadecimal, 2 or 4 digits each. "check" reports the characters
+in quoted texts of C++ files that are neither ASCII nor one of the ideographs, and fails if it finds
+any.
 """
 
 import pathlib

@@ -1,9 +1,9 @@
-// A status screen on the unit's OLED with a line that scrolls, through the display middleware
-// alone:
+// Shows a status screen with a scrolling line on the unit's OLED, with the display middleware only:
 //
 //     renewer-oled-status DEVICE BATTERY_BMP [STEPS]
 //
-// DEVICE is the OLED's SPI device node; the line scrolls through once, or for so many STEPS.
+// DEVICE is the OLED's SPI device node. The line scrolls through once, or by STEPS steps of two
+// columns.
 
 #include "status_screen.h"
 #include "texts.h"

@@ -5,15 +5,15 @@
 #include <cstdint>
 #include <vector>
 
-// A status screen of a receiver on the OLED, drawn through the display middleware alone.
+// A receiver's status screen on the OLED, drawn with the display middleware only.
 namespace oled_status {
 
-// A text that is rendered once and drawn as often as wanted.
+// A text that is rendered once and may be drawn many times.
 class text_strip {
 public:
     explicit text_strip(const char *text);
 
-    // False when there is something in the text that cannot be rendered.
+    // False if the text contains something that cannot be rendered.
     bool is_rendered() const { return rendered; }
     int32_t width() const { return strip.width; }
 
@@ -25,11 +25,11 @@ private:
     bool rendered = false;
 };
 
-// Draws the whole screen on the canvas: a border, the battery's picture of 32 x 32 pixels, the
-// satellites and the fix, the position, an inverted selection, and, from column `scroll` on, a line
-// that is longer than the screen.
+// Draws the whole screen on the canvas: a border, a 32 x 32 picture of the battery, satellites and
+// fix, the position, an inverted selection, and the part from column `scroll` of a line that is
+// longer than the screen.
 //
-// Returns false when some of it cannot be drawn.
+// Returns false if a part of it cannot be drawn.
 bool compose(const renewer::bmpbuf &battery, const text_strip &news, int32_t scroll);
 
 } // namespace oled_status

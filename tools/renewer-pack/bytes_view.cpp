@@ -54,7 +54,7 @@ constexpr field new_fields[] = {
 };
 
 std::string value_of(const std::string &bytes, value_kind kind) {
-    uint64_t number = 0; // the least byte comes first
+    uint64_t number = 0; // least significant byte first
     for (size_t i = std::min<size_t>(bytes.size(), sizeof(number)); i > 0; --i) {
         number = number << 8 | static_cast<unsigned char>(bytes[i - 1]);
     }
@@ -90,14 +90,14 @@ void print_field(std::ifstream &file, const field &printed, const std::string &w
     }
 }
 
-// What lies between the fixed header of the new layout and the node table.
+// Prints what lies between the new layout's fixed header and the node table.
 void print_version(std::ifstream &file, const package_file &package) {
     const uint64_t begin = renewer::pack_head_new_size;
     const uint64_t fill = package.new_head.head_len;
     const uint64_t word = renewer::align4(fill);
     const uint64_t longest = package.version.size() + 1;
     if (fill < begin || fill - begin > longest || word > package.size) {
-        return; // lengths that do not agree: see check
+        return; // inconsistent lengths, which check reports
     }
     print_field(file, {"version", begin, fill - begin, value_kind::text}, "");
     print_field(file, {"fill", fill, word - fill, value_kind::none}, "");

@@ -4,7 +4,7 @@
 
 namespace pack {
 
-// Prints header and node table as bytes, a line or more for each field with its name and its value.
+// Prints header and node table as bytes, one or more lines for each field, with its name and value.
 void print_bytes(const package_file &package);
 
 } // namespace pack

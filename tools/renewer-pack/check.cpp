@@ -19,7 +19,7 @@ std::string joined(const std::vector<std::string> &defects) {
     return text;
 }
 
-// What came out of one package.
+// The result for one package.
 struct result {
     int status = good;
     std::string words;
@@ -45,8 +45,8 @@ result check_one(const std::filesystem::path &path, const std::filesystem::path 
             is_good ? words : "refused: " + joined(examined.defects), document};
 }
 
-// One that cannot be read does not hide the others.
-result check_or_tell(const std::filesystem::path &path, const std::filesystem::path &key) {
+// A package that cannot be read does not stop the check of the others.
+result check_or_report(const std::filesystem::path &path, const std::filesystem::path &key) {
     try {
         return check_one(path, key);
     } catch (const std::system_error &error) {
@@ -66,7 +66,7 @@ int check(const check_options &options) {
     int status = good;
     json packages = json::array();
     for (const std::filesystem::path &path : options.packages) {
-        const result checked = check_or_tell(path, options.key);
+        const result checked = check_or_report(path, options.key);
         status = std::max(status, checked.status);
         if (options.as_json) {
             packages.push_back(checked.document);

@@ -13,12 +13,12 @@ namespace pack {
 
 namespace {
 
-// Names of values; the completion goes by them.
+// Names of values; the completion depends on them.
 constexpr const char *file = "FILE";
 constexpr const char *directory = "DIR";
 constexpr const char *node_type = "TYPE";
 
-// What is needed unless a manifest says it; CLI11 itself does not ask for it.
+// Marks options that are required unless a manifest has their value, so CLI11 must not demand them.
 constexpr const char *needed = "REQUIRED";
 
 constexpr size_t help_columns = 79;
@@ -71,7 +71,7 @@ void add_inputs(CLI::App *command, std::string &inputs) {
     value(command, "--inputs", inputs, "XYZ",
           "The unit's three hardware-presence inputs as they read, like 000")
         ->check([](const std::string &text) {
-            return text.size() == 3 ? std::string() : "three characters are wanted, not " + text;
+            return text.size() == 3 ? std::string() : "expected three characters, not " + text;
         });
 }
 
@@ -85,7 +85,7 @@ void add_progress(CLI::App *command) {
         ->check([](const std::string &mode) {
             return mode == "auto" || mode == "json" || mode == "none"
                        ? std::string()
-                       : "auto, json or none is wanted, not " + mode;
+                       : "expected auto, json or none, not " + mode;
         });
 }
 
@@ -122,8 +122,8 @@ void add_check(CLI::App &app, chosen_command &chosen) {
         "prints the first 20 and how many more there are.");
 }
 
-// --only takes every word up to the next option, so that of its words the last one is FILE when
-// nothing else is, unless it is a type.
+// --only takes every word up to the next option. If FILE is missing, its last word is FILE, unless
+// that is a type.
 void take_package_from_types(unpack_options &options) {
     if (options.package.empty() && options.only.size() > 1 && !node_type_of(options.only.back())) {
         options.package = options.only.back();
@@ -225,13 +225,13 @@ void add_fit(CLI::App &app, chosen_command &chosen) {
         ->check([](const std::string &text) {
             const bool is_number = !text.empty() && text.size() < 10 &&
                                    text.find_first_not_of("0123456789") == std::string::npos;
-            return is_number ? std::string() : "a number is wanted, not " + text;
+            return is_number ? std::string() : "expected a number, not " + text;
         });
     value(sub, "--pn", options->pn, "XX",
           "The two part-number characters that it is started with (kinds 0 to 2; default: those "
           "of the package)")
         ->check([](const std::string &text) {
-            return text.size() == 2 ? std::string() : "two characters are wanted, not " + text;
+            return text.size() == 2 ? std::string() : "expected two characters, not " + text;
         });
     add_inputs(sub, options->inputs);
     add_json(sub, options->as_json);
@@ -282,7 +282,7 @@ void add_help(CLI::App &app, chosen_command &chosen) {
     sub->callback([=, &app, &chosen] {
         chosen = [=, &app] {
             const CLI::App &about = name->empty() ? app : command_named(app, *name);
-            // Asked for its help itself, the program would answer with that of this command.
+            // CLI11 would return the help of this subcommand, which has just been parsed.
             printf(
                 "%s",
                 about.get_formatter()->make_help(&about, "", CLI::AppFormatMode::Normal).c_str());
@@ -291,7 +291,7 @@ void add_help(CLI::App &app, chosen_command &chosen) {
     });
 }
 
-// Out of the help's way: for the build, which installs what they print.
+// Not listed in the help: these are for the build, which installs their output.
 void add_manuals(CLI::App &app, chosen_command &chosen) {
     CLI::App *const completion =
         app.add_subcommand("completion", "Print the completion for a shell")->group("");
@@ -367,8 +367,8 @@ const CLI::App &command_named(const CLI::App &app, const std::string &name) {
             return *sub;
         }
     }
-    throw misused("there is no command \"" + name + "\"" + suggestion(name, command_names(app)) +
-                  " (see renewer-pack --help)");
+    throw usage_error("there is no command \"" + name + "\"" +
+                      suggestion(name, command_names(app)) + " (see renewer-pack --help)");
 }
 
 std::string complaint(const CLI::App &app, const CLI::ParseError &error) {

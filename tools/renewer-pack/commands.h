@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-// The commands of renewer-pack. Each returns the exit status; what they throw is turned into one by
-// main: `refused` into 1, `misused` into 2, std::system_error into 3.
+// The commands of renewer-pack. Each returns the exit status; main converts exceptions: `refused`
+// to 1, `usage_error` to 2, std::system_error to 3.
 namespace pack {
 
-enum exit_status { good = 0, package_refused = 1, used_wrongly = 2, system_error = 3 };
+enum exit_status { good = 0, package_refused = 1, wrong_usage = 2, system_error = 3 };
 
-struct misused : std::runtime_error {
+struct usage_error : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
@@ -25,7 +25,7 @@ int show(const show_options &options);
 
 struct check_options {
     std::vector<std::filesystem::path> packages;
-    std::filesystem::path key; // public key that they are to be signed with; empty for none
+    std::filesystem::path key; // public key of the demanded signature; empty for none
     bool as_json = false;
 };
 int check(const check_options &options);
@@ -33,9 +33,9 @@ int check(const check_options &options);
 struct unpack_options {
     std::filesystem::path package;
     std::filesystem::path directory = ".";
-    std::vector<std::string> only; // names or numbers of node types; all when empty
+    std::vector<std::string> only; // names or numbers of node types; empty for all
     std::filesystem::path key;     // as for `check`
-    bool force = false;            // replace files, take damaged packages
+    bool force = false;            // replace files, accept damaged packages
     bool quiet = false;
 };
 int unpack(const unpack_options &options);
@@ -56,7 +56,7 @@ int create(const create_options &options);
 struct find_options {
     std::vector<std::filesystem::path> directories;
     std::filesystem::path unit; // host record
-    std::string inputs;         // the three hardware-presence inputs as read; empty when unknown
+    std::string inputs;         // the three hardware-presence inputs as read; empty if unknown
     bool as_json = false;
 };
 int find(const find_options &options);
@@ -93,10 +93,10 @@ struct types_options {
 };
 int types(const types_options &options);
 
-// The node type that a name or a number stands for; nothing when there is none.
+// The node type with this name or number; nothing if there is none.
 std::optional<unsigned> node_type_of(const std::string &name);
 
-// The same; throws `misused`, with the name that may have been meant, when there is none.
+// The same; throws `usage_error` with a suggestion if there is none.
 unsigned required_node_type(const std::string &name);
 
 } // namespace pack

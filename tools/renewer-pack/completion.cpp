@@ -10,7 +10,8 @@ namespace pack {
 
 namespace {
 
-// How a shell completes the values of an option or a positional, by the name of their type.
+// How a shell completes the values of an option or a positional argument, by the name of their
+// type.
 std::string kind_of(const CLI::Option &option) {
     const std::string type = option.get_type_name();
     if (is_flag(option)) {
@@ -61,7 +62,7 @@ std::vector<const CLI::App *> commands_of(const CLI::App &app) {
     return commands;
 }
 
-// bash: tables, and one function that goes by them.
+// bash: tables, and one function that uses them.
 
 constexpr const char *bash_function = R"sh(
 _renewer_pack_types() {
@@ -177,7 +178,7 @@ std::string zsh_action(const CLI::Option &option) {
                                        : " ";
 }
 
-// What stands in brackets or between colons there.
+// Escapes a text that stands in brackets or between colons.
 std::string zsh_text(const std::string &text) {
     std::string result;
     for (const char c : text) {
@@ -251,7 +252,7 @@ std::string fish_option(const CLI::App &sub, const CLI::Option &option) {
     }
     line += is_flag(option) ? "" : " -r" + fish_values(option);
     line += " -d " + in_quotes(option.get_description()) + "\n";
-    if (takes_many(option)) { // the values behind the first
+    if (takes_many(option)) { // the values after the first
         line += start +
                 in_quotes(seen + "; and __fish_contains_opt " + option.get_lnames().front()) +
                 fish_values(option) + "\n";
@@ -286,7 +287,7 @@ int print_completion(const CLI::App &app, const std::string &shell) {
     } else if (shell == "fish") {
         print_fish(app);
     } else {
-        throw misused("there is a completion for bash, zsh and fish, not for " + shell);
+        throw usage_error("there is a completion for bash, zsh and fish, not for " + shell);
     }
     return good;
 }

@@ -31,13 +31,13 @@ namespace fs = std::filesystem;
 
 constexpr size_t longest_version = 14;
 constexpr uint64_t largest_offset = UINT32_MAX;
-constexpr int latest_year = 9999; // the date of a header has four digits for it
+constexpr int latest_year = 9999; // the header's date has four digits for the year
 
 void check_length(const char *name, const std::string &text, size_t longest) {
     if (text.size() > longest) {
-        throw misused(std::string("the ") + name + " \"" + text + "\" has " +
-                      std::to_string(text.size()) + " characters, the package has room for " +
-                      std::to_string(longest));
+        throw usage_error(std::string("the ") + name + " \"" + text + "\" has " +
+                          std::to_string(text.size()) + " characters, the package has room for " +
+                          std::to_string(longest));
     }
 }
 
@@ -51,15 +51,15 @@ std::array<int, 4> version_numbers(const std::string &text) {
         const bool last = i + 1 == numbers.size();
         if (error != std::errc() || numbers[i] < 0 || (last ? parsed != end : parsed == end) ||
             (!last && *parsed != '.')) {
-            throw misused("the version \"" + text + "\" is not four numbers, like 1.1.4.0");
+            throw usage_error("the version \"" + text + "\" is not four numbers, like 1.1.4.0");
         }
         begin = last ? parsed : parsed + 1;
     }
     return numbers;
 }
 
-// The time of making: SOURCE_DATE_EPOCH (reproducible builds; seconds since 1970) when it is set,
-// the present local time otherwise.
+// SOURCE_DATE_EPOCH (reproducible builds; seconds since 1970) if it is set, else the present local
+// time.
 struct tm time_of_making() {
     struct tm made = {};
     const char *const epoch = getenv("SOURCE_DATE_EPOCH");
@@ -73,39 +73,39 @@ struct tm time_of_making() {
     const auto [parsed, error] = std::from_chars(epoch, end, seconds);
     if (error != std::errc() || parsed != end || seconds < 0 ||
         gmtime_r(&seconds, &made) == nullptr || made.tm_year > latest_year - 1900) {
-        throw misused(std::string("SOURCE_DATE_EPOCH is \"") + epoch +
-                      "\", not a number of seconds from 1970 to the year 9999");
+        throw usage_error(std::string("SOURCE_DATE_EPOCH is \"") + epoch +
+                          "\", not a number of seconds from 1970 to the year 9999");
     }
     return made;
 }
 
-// Bytes of a source, which is opened to see that it can be read.
+// Size of a source in bytes; opens it to make sure that it can be read.
 uint64_t check_source(const fs::path &path) {
     const std::ifstream file = open_file(path);
     if (!fs::is_regular_file(path)) {
-        throw misused(path.string() + " is not a file");
+        throw usage_error(path.string() + " is not a file");
     }
     const uint64_t size = fs::file_size(path);
     if (size == 0) {
-        throw misused(path.string() + " is empty, and a node has at least one byte");
+        throw usage_error(path.string() + " is empty, and a node has at least one byte");
     }
     return size;
 }
 
-// Bytes of all payloads with their padding.
+// Size of all payloads with their padding, in bytes.
 uint64_t check_sources(const package_description &description) {
     uint64_t total = 0;
     for (const auto &[type, path] : description.sources) {
         const uint64_t size = check_source(path);
         if (total > largest_offset || size > largest_offset) {
-            throw misused(path.string() + " does not fit: a package ends at 4 GiB");
+            throw usage_error(path.string() + " does not fit: a package ends at 4 GiB");
         }
         total += renewer::align4(size);
     }
     return total;
 }
 
-// Reads a source again to see whether the failure was its own.
+// Reads a source again to find out whether it caused the failure.
 void blame_source(const fs::path &path) {
     const renewer::owned_file file = renewer::open_for_reading(path.c_str());
     std::vector<char> chunk(128 * 1024);
@@ -118,7 +118,7 @@ void blame_source(const fs::path &path) {
     }
 }
 
-// Sends standard output nowhere while it lives: the generator reports there what this command says
+// Discards standard output during its lifetime: the generator prints there what this command says
 // in its own words.
 class silent_output {
 public:
@@ -152,19 +152,19 @@ renewer::package_plan plan_of(const package_description &description) {
     return plan;
 }
 
-// Names the first that is missing of what a package cannot be without.
+// Reports the first of the required values that is missing.
 void check_complete(const package_description &description) {
     for (const auto &[text, name, option] :
          {std::tuple(&description.version, "version", "--version"),
           std::tuple(&description.pn, "part number", "--pn"),
           std::tuple(&description.revision, "revision", "--revision")}) {
         if (text->empty()) {
-            throw misused(std::string("the ") + name + " is missing: give it with " + option +
-                          ", or in the manifest");
+            throw usage_error(std::string("the ") + name + " is missing: give it with " + option +
+                              ", or in the manifest");
         }
     }
     if (description.sources.empty()) {
-        throw misused("there are no nodes: give one at least, like kernel=zImage");
+        throw usage_error("there are no nodes: give one at least, like kernel=zImage");
     }
 }
 
@@ -175,11 +175,11 @@ void check_description(const package_description &description) {
     check_length("PN", description.pn, sizeof(renewer::pack_head_new::pn) - 1);
     check_length("revision", description.revision, sizeof(renewer::pack_head_new::git_version) - 1);
     if (!std::all_of(description.pn.begin(), description.pn.end(), is_letter_or_digit)) {
-        throw misused("the PN \"" + description.pn + "\" is not of letters and digits alone");
+        throw usage_error("the PN \"" + description.pn + "\" is not of letters and digits alone");
     }
 }
 
-// While the file grows its size says how far the work is, then the position of the digest's reader.
+// While the file grows, its size is the progress; afterwards the position of the digest's reader.
 uint64_t bytes_done(const new_file &file, uint64_t total) {
     return file.size() < total ? file.size() : total + file.position();
 }
@@ -209,7 +209,7 @@ void write(const package_description &description, const create_options &options
     file.put_in_place();
 }
 
-// What the manifest says, and what is given on the command line before it.
+// The manifest's content, overridden by the command line.
 package_description description_of(const create_options &options) {
     package_description description;
     for (const std::string &source : options.sources) {
@@ -222,7 +222,7 @@ package_description description_of(const create_options &options) {
     description.version = options.version.empty() ? manifest.version : options.version;
     description.pn = options.pn.empty() ? manifest.pn : options.pn;
     description.revision = options.revision.empty() ? manifest.revision : options.revision;
-    description.sources.merge(manifest.sources); // keeps what is given
+    description.sources.merge(manifest.sources); // existing entries win
     return description;
 }
 
@@ -247,7 +247,7 @@ int create(const create_options &options) {
         return good;
     }
     if (options.output.empty()) {
-        throw misused("where to write the package is missing: give it with -o");
+        throw usage_error("where to write the package is missing: give it with -o");
     }
     check_description(description);
     check_target(options.output, options.force, inputs_of(options, description));

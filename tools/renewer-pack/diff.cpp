@@ -14,7 +14,7 @@ namespace {
 
 constexpr uint64_t chunk_size = 1024 * 1024;
 
-// A node as far as it counts: where it lies in its package does not.
+// What is compared of a node; its place in the package is not.
 struct content {
     uint64_t size = 0;
     std::string md5;
@@ -41,7 +41,8 @@ contents contents_of(const package_file &package) {
     std::ifstream file = open_file(package.path);
     contents nodes;
     for (const renewer::pack_node &node : package.nodes) {
-        nodes[node.type] = {node.size, digest_of(file, node)}; // of two of a type the later counts
+        nodes[node.type] = {node.size,
+                            digest_of(file, node)}; // of two nodes of one type the later one counts
     }
     return nodes;
 }

@@ -25,7 +25,7 @@ std::string name_of(const package_file &package, size_t index) {
     return "node " + std::to_string(index) + " (" + type_name(package.nodes[index].type) + ")";
 }
 
-// What one node alone can have wrong.
+// Defects of a single node.
 void examine_node(package_file &package, size_t index) {
     const pack_node &node = package.nodes[index];
     const uint64_t table_end = package.table_offset + package.nodes.size() * sizeof(pack_node);
@@ -43,7 +43,7 @@ void examine_node(package_file &package, size_t index) {
     }
 }
 
-// Indices of the nodes that hold bytes, by their place in the file.
+// Indices of the nodes that have a payload, sorted by offset.
 std::vector<size_t> by_offset(const package_file &package) {
     std::vector<size_t> order;
     for (size_t i = 0; i < package.nodes.size(); ++i) {
@@ -58,7 +58,7 @@ std::vector<size_t> by_offset(const package_file &package) {
 }
 
 void examine_overlaps(package_file &package, const std::vector<size_t> &order) {
-    size_t furthest = 0; // in `order`: the node so far that reaches furthest
+    size_t furthest = 0; // index in `order` of the node that reaches furthest so far
     for (size_t i = 1; i < order.size(); ++i) {
         const pack_node &before = package.nodes[order[furthest]];
         const pack_node &node = package.nodes[order[i]];
@@ -72,7 +72,7 @@ void examine_overlaps(package_file &package, const std::vector<size_t> &order) {
     }
 }
 
-// The later of two nodes of a type replaces the file of the earlier.
+// The later of two nodes of one type replaces the file of the earlier one.
 void examine_doubles(package_file &package) {
     std::map<uint32_t, size_t> first; // by type
     for (size_t i = 0; i < package.nodes.size(); ++i) {
@@ -86,7 +86,7 @@ void examine_doubles(package_file &package) {
 
 void examine_flag(package_file &package) {
     if (package.table_is_cut) {
-        return; // of the nodes that are missing nobody knows the types
+        return; // the types of the missing nodes are unknown
     }
     uint64_t expected = 0;
     for (const pack_node &node : package.nodes) {
@@ -98,7 +98,8 @@ void examine_flag(package_file &package) {
     }
 }
 
-// What follows a payload up to the next multiple of 4 is padding, unless it is the next payload.
+// The bytes between a payload and the next multiple of 4 are padding, unless the next payload
+// begins there.
 void examine_padding(package_file &package, const std::vector<size_t> &order) {
     std::ifstream file = open_file(package.path);
     for (size_t i = 0; i < order.size(); ++i) {
@@ -130,7 +131,7 @@ void examine_nodes(package_file &package) {
 
 namespace {
 
-// The digest of the content, as the header must have it.
+// The digest that the header must have.
 std::string digest_of(const package_file &package) {
     const renewer::owned_file file = renewer::open_package(package.path.c_str());
     if (file == nullptr) {
@@ -150,7 +151,7 @@ std::string digest_of(const package_file &package) {
     return hexadecimal_bytes(digest.bytes, sizeof(digest.bytes));
 }
 
-std::vector<std::string> told(const package_file &package) {
+std::vector<std::string> defect_texts(const package_file &package) {
     std::vector<std::string> texts = package.defects;
     const size_t kept = std::min(texts.size(), most_defects);
     const size_t more = texts.size() - kept + package.more_defects;
@@ -181,7 +182,7 @@ examination examine(const std::filesystem::path &path) {
                                                             ", the header says " + package.md5);
         package.is_damaged = true;
     }
-    result.defects = told(package);
+    result.defects = defect_texts(package);
     return result;
 }
 

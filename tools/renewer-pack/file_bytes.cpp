@@ -16,7 +16,7 @@ std::ifstream open_file(const std::filesystem::path &path) {
         errno = EISDIR;
         fail(path);
     }
-    // Opening one waits for a writer, and it cannot be sought in.
+    // Opening a FIFO waits for a writer, and it is not seekable.
     if (std::filesystem::is_fifo(path)) {
         errno = ESPIPE;
         fail(path);

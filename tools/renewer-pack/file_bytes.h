@@ -5,16 +5,16 @@
 #include <fstream>
 #include <string>
 
-// Bytes of files, as the commands look at them.
+// Reading bytes of files.
 namespace pack {
 
-// Ends the command with the system's reason (errno) and the path.
+// Throws std::system_error with errno and the path.
 [[noreturn]] void fail(const std::filesystem::path &path);
 
-// Opens a file for reading; a directory or a FIFO is none. Throws std::system_error.
+// Opens a file for reading. Throws std::system_error, also for a directory or a FIFO.
 std::ifstream open_file(const std::filesystem::path &path);
 
-// Reads up to `size` bytes at `offset`; as many as there are.
+// Reads `size` bytes at `offset`, or fewer if the file ends before.
 std::string bytes_at(std::ifstream &file, uint64_t offset, uint64_t size);
 
 bool all_zero(const std::string &bytes);

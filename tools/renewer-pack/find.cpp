@@ -21,7 +21,7 @@ constexpr const char *outcome_names[] = {"other_name",  "long_path",      "short
                                          "other_magic", "other_hardware", "other_part_number",
                                          "not_later",   "latest"};
 
-// A search of one directory after the other, and what is told of it.
+// A search of one directory after the other, and its report.
 struct search {
     renewer::host_info host;
     std::string inputs;
@@ -30,7 +30,7 @@ struct search {
     json directories;
 };
 
-void tell(const search &going, const fs::path &path, const std::string &what) {
+void print_line(const search &going, const fs::path &path, const std::string &what) {
     if (!going.as_json) {
         printf("%s: %s\n", printable(path.string()).c_str(), what.c_str());
     }
@@ -64,14 +64,14 @@ void report(void *context, const package_candidate &candidate) {
     if (candidate.outcome == candidate_outcome::latest) {
         going.best_version = candidate.head.version;
     }
-    tell(going, path, sentence_of(candidate, going));
+    print_line(going, path, sentence_of(candidate, going));
     going.directories.back()["candidates"].push_back(
         {{"file", name_of(path)},
          {"outcome", outcome_names[static_cast<size_t>(candidate.outcome)]},
          {"reason", reason_of(candidate, going.host, going.inputs)}});
 }
 
-// The path of the package that the unit would take from the directory; empty for none.
+// Returns the package that the unit would take from the directory; empty for none.
 fs::path search_one(const fs::path &directory, search &going) {
     char path[renewer::candidate_path_size] = {};
     renewer::best_package best = {.path = path, .path_size = sizeof(path), .version = 0};
@@ -82,7 +82,8 @@ fs::path search_one(const fs::path &directory, search &going) {
         directory.c_str(), going.host, {inputs_allow_candidate, report, &going}, &best);
     if (end == renewer::search_end::not_listed) {
         going.directories.back()["listed"] = false;
-        tell(going, directory, "passed over: it cannot be listed, or not be read and written");
+        print_line(going, directory,
+                   "passed over: it cannot be listed, or not be read and written");
     }
     const bool taken =
         end == renewer::search_end::at_last_entry && renewer::can_be_chosen(best.version);

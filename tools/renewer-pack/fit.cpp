@@ -16,13 +16,13 @@ namespace fs = std::filesystem;
 
 constexpr const char *verdict_names[] = {"fits", "differs", "not_asked"};
 
-// What one unit makes of the package. A unit takes it when no rule speaks against it, and one at
-// least looked at the package.
+// The result for one unit. The unit takes the package if at least one rule was applied and none
+// speaks against it.
 struct unit_result {
     fs::path record;
     std::string part_number;
     std::vector<judgement> judgements;
-    std::string trouble; // the record could not be judged
+    std::string trouble; // why the record could not be judged
     int status = good;
 
     bool takes() const {
@@ -46,17 +46,17 @@ unit_result judge(const package_file &package, const fs::path &record, const fit
             .trouble = ""};
 }
 
-// A record among others that cannot be judged does not hide the others.
-unit_result judge_or_tell(const package_file &package, const fs::path &record,
-                          const fit_options &options) {
+// A record that cannot be judged does not stop the judgement of the others.
+unit_result judge_or_report(const package_file &package, const fs::path &record,
+                            const fit_options &options) {
     try {
         return judge(package, record, options);
-    } catch (const misused &reason) {
+    } catch (const usage_error &reason) {
         return {.record = record,
                 .part_number = "",
                 .judgements = {},
-                .trouble = "no host record",
-                .status = used_wrongly};
+                .trouble = "not a host record",
+                .status = wrong_usage};
     } catch (const std::system_error &error) {
         return {.record = record,
                 .part_number = "",
@@ -75,7 +75,8 @@ std::vector<fs::path> files_in(const fs::path &directory) {
     }
     std::sort(files.begin(), files.end());
     if (files.empty()) {
-        throw misused(directory.string() + " has no host records (renewer-pack unit makes them)");
+        throw usage_error(directory.string() +
+                          " has no host records (renewer-pack unit makes them)");
     }
     return files;
 }
@@ -87,13 +88,13 @@ std::vector<unit_result> judge_all(const package_file &package, const fit_option
     }
     if (!options.units.empty()) {
         for (const fs::path &file : files_in(options.units)) {
-            results.push_back(judge_or_tell(package, file, options));
+            results.push_back(judge_or_report(package, file, options));
         }
     }
     return results;
 }
 
-// Rules that stand in the way, in one line.
+// The rules that speak against the package, on one line.
 std::string reasons(const unit_result &result) {
     std::string text = result.trouble;
     for (const judgement &judged : result.judgements) {
@@ -184,7 +185,7 @@ package_file sound_package(const fs::path &path) {
 
 int fit(const fit_options &options) {
     if (options.unit.empty() && options.units.empty()) {
-        throw misused("fit needs --unit with a host record, or --units with a folder of them");
+        throw usage_error("fit needs --unit with a host record, or --units with a folder of them");
     }
     const package_file package = sound_package(options.package);
     const std::vector<unit_result> results = judge_all(package, options);

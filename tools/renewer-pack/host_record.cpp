@@ -12,7 +12,7 @@ namespace pack {
 
 namespace {
 
-constexpr size_t model_end = 4; // without its model nothing can be said of a unit
+constexpr size_t model_end = 4; // a record without the model is of no use
 
 bool is_part_number(const std::string &text) {
     const auto graphic = [](char c) { return c > ' ' && c < '\x7f'; };
@@ -31,12 +31,13 @@ renewer::host_info read_host_record(const std::filesystem::path &path) {
         fail(path);
     }
     std::string text = part_number_of(host);
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) { // of an editor
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) { // added by an editor
         text.pop_back();
     }
     if (!is_part_number(text)) {
-        throw misused(path.string() + " is no host record: from byte 7 on there is no part number "
-                                      "(renewer-pack unit makes one)");
+        throw usage_error(path.string() +
+                          " is not a host record: from byte 7 on there is no part number "
+                          "(renewer-pack unit makes one)");
     }
     return host;
 }

@@ -6,7 +6,7 @@ namespace pack {
 
 namespace {
 
-constexpr int format = 1; // counts up when a program that reads the documents would fail
+constexpr int format = 1; // incremented with each incompatible change
 
 }
 

@@ -19,7 +19,7 @@ constexpr std::array<const char *, 5> type_names = {"host", "GNSS board", "radio
                                                     "web GPRS"};
 constexpr std::array<const char *, 4> kind_names = {"host", "GNSS board", "radio", "host"};
 
-// First of the two digits of an old package that say what the kinds 0 to 2 are compared with.
+// The first of the two digits of an old package's part number that are compared, for kinds 0 to 2.
 constexpr std::array<unsigned, 3> kind_digits = {2, 4, 9};
 
 std::string digits_of(const pack_head &head, unsigned first, unsigned count) {
@@ -39,7 +39,7 @@ std::string or_nothing(const std::string &characters) {
     return characters.empty() ? "nothing" : printable(characters);
 }
 
-// What a unit's search thinks of an old package's part number.
+// Judges an old package's part number as a unit's search does.
 judgement compare(const pack_head &head, const renewer::compared_digits &compared,
                   const host_info &host) {
     const auto type = static_cast<size_t>(renewer::pn_digit(head, renewer::type_digit));
@@ -68,7 +68,7 @@ std::string hardware_reason(const pack_head &head) {
            " is too old for the unit's hardware, which needs 2.0.16";
 }
 
-// Without known inputs the version is left to the unit.
+// Whether the result depends on the unit's inputs, which are not known.
 bool is_open_question(const package_candidate &candidate, const host_info &host,
                       const std::string &inputs) {
     return inputs.empty() && renewer::needs_hardware_check(candidate.head, host) &&
@@ -127,8 +127,8 @@ judgement judge_run(const package_file &package, const host_info &host,
         return result;
     }
     if (is_old && kind == renewer::KIND_NEW_HOST) {
-        throw misused("kind 3 is for packages of the new layout, and " + package.path.string() +
-                      " has the old one");
+        throw usage_error("kind 3 is for packages of the new layout, and " + package.path.string() +
+                          " has the old one");
     }
     if (!renewer::is_checked_kind(kind)) {
         result.result = verdict::fits;

@@ -20,7 +20,7 @@ int complain(const std::string &what, int status) {
     return status;
 }
 
-// The system's reason and the file, without the words of the library that noticed it.
+// The system's reason and the file, without the C++ library's own words.
 std::string reason_of(const std::filesystem::filesystem_error &error) {
     return error.path1().string() + ": " + error.code().message();
 }
@@ -30,8 +30,8 @@ int run(const chosen_command &chosen) {
         return chosen();
     } catch (const refused &reason) {
         return complain(reason.what(), package_refused);
-    } catch (const misused &reason) {
-        return complain(reason.what(), used_wrongly);
+    } catch (const usage_error &reason) {
+        return complain(reason.what(), wrong_usage);
     } catch (const std::filesystem::filesystem_error &error) {
         return complain(reason_of(error), pack::system_error);
     } catch (const std::system_error &error) {
@@ -41,7 +41,7 @@ int run(const chosen_command &chosen) {
     }
 }
 
-// Standard output that was lost counts more than any other result.
+// Lost output overrides any other result.
 int after_output(int status) {
     if (fflush(stdout) != 0 || ferror(stdout) != 0) {
         return complain("standard output could not be written", pack::system_error);
@@ -57,16 +57,16 @@ int main(int argc, char **argv) {
     describe_commands(app, chosen);
     if (argc < 2) {
         fprintf(stderr, "%s", app.help().c_str());
-        return used_wrongly;
+        return wrong_usage;
     }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        if (error.get_exit_code() == 0) { // help or version was asked for
+        if (error.get_exit_code() == 0) { // help or version was requested
             app.exit(error);
             return after_output(good);
         }
-        return complain(complaint(app, error), used_wrongly);
+        return complain(complaint(app, error), wrong_usage);
     }
     return after_output(run(chosen));
 }

@@ -19,10 +19,10 @@ namespace {
 unsigned type_with_file(const std::string &name) {
     const unsigned type = required_node_type(name);
     if (type >= renewer::node_type_strs.size()) {
-        throw misused("there is no node type \"" + name + "\" (see renewer-pack types)");
+        throw usage_error("there is no node type \"" + name + "\" (see renewer-pack types)");
     }
     if (renewer::node_type_flag(static_cast<int>(type)) == 0) {
-        throw misused("node type \"" + name + "\" carries no file");
+        throw usage_error("node type \"" + name + "\" carries no file");
     }
     return type;
 }
@@ -30,7 +30,7 @@ unsigned type_with_file(const std::string &name) {
 void put_source(const std::string &type, const std::filesystem::path &file,
                 package_description &description) {
     if (!description.sources.emplace(type_with_file(type), file).second) {
-        throw misused("node type \"" + type + "\" is given twice");
+        throw usage_error("node type \"" + type + "\" is given twice");
     }
 }
 
@@ -39,9 +39,9 @@ std::string line_of(const std::string &text, size_t byte) {
     return std::to_string(1 + std::count(text.begin(), end, '\n'));
 }
 
-// JSON itself takes the last of two members of a name.
+// The JSON library keeps the last of two members with one name; here that is an error.
 json parse_without_doubles(const std::string &text) {
-    std::vector<std::set<std::string>> names; // of the objects that are open
+    std::vector<std::set<std::string>> names; // of the objects that enclose this place
     return json::parse(text, [&](int, json::parse_event_t event, const json &parsed) {
         if (event == json::parse_event_t::object_start) {
             names.emplace_back();
@@ -49,7 +49,7 @@ json parse_without_doubles(const std::string &text) {
             names.pop_back();
         } else if (event == json::parse_event_t::key &&
                    !names.back().insert(parsed.get<std::string>()).second) {
-            throw misused("\"" + parsed.get<std::string>() + "\" is given twice");
+            throw usage_error("\"" + parsed.get<std::string>() + "\" is given twice");
         }
         return true;
     });
@@ -64,19 +64,19 @@ json parse(const std::filesystem::path &path) {
     try {
         return parse_without_doubles(text);
     } catch (const json::parse_error &error) {
-        throw misused("it is not JSON, from line " + line_of(text, error.byte) + " on");
+        throw usage_error("it is not JSON, from line " + line_of(text, error.byte) + " on");
     }
 }
 
 std::string variable(const std::string &name) {
     const char *const value = name.empty() ? nullptr : getenv(name.c_str());
     if (value == nullptr) {
-        throw misused("the environment has no variable " + name + " for \"${" + name + "}\"");
+        throw usage_error("the environment has no variable " + name + " for \"${" + name + "}\"");
     }
     return value;
 }
 
-// Puts the values of variables in their places.
+// Replaces variables by their values.
 std::string expanded(const std::string &text) {
     std::string result;
     for (size_t i = 0; i < text.size(); ++i) {
@@ -93,7 +93,7 @@ std::string expanded(const std::string &text) {
     return result;
 }
 
-// What `expanded` turns into the text again.
+// The reverse of `expanded`.
 std::string protected_text(const std::string &text) {
     std::string result;
     for (const char c : text) {
@@ -113,14 +113,14 @@ package_description description_of(const json &manifest, const std::filesystem::
             description.revision = expanded(value.get<std::string>());
         } else if (name == "nodes") {
             if (!value.is_object()) {
-                throw misused("\"nodes\" is not an object, like {\"kernel\": \"zImage\"}");
+                throw usage_error("\"nodes\" is not an object, like {\"kernel\": \"zImage\"}");
             }
             for (const auto &[type, file] : value.items()) {
                 put_source(type, directory / expanded(file.get<std::string>()), description);
             }
         } else {
-            throw misused("it has a member \"" + name + "\", which means nothing here" +
-                          suggestion(name, {"version", "pn", "revision", "nodes"}));
+            throw usage_error("it has a member \"" + name + "\", which means nothing here" +
+                              suggestion(name, {"version", "pn", "revision", "nodes"}));
         }
     }
     return description;
@@ -132,14 +132,14 @@ package_description read_manifest(const std::filesystem::path &path) {
     try {
         const json manifest = parse(path);
         if (!manifest.is_object()) {
-            throw misused("it is not an object");
+            throw usage_error("it is not an object");
         }
         return description_of(manifest, path.parent_path());
     } catch (const json::exception &) {
-        throw misused("manifest " + path.string() +
-                      ": version, pn, revision and files are texts in quotes");
-    } catch (const misused &reason) {
-        throw misused("manifest " + path.string() + ": " + reason.what());
+        throw usage_error("manifest " + path.string() +
+                          ": version, pn, revision and files are texts in quotes");
+    } catch (const usage_error &reason) {
+        throw usage_error("manifest " + path.string() + ": " + reason.what());
     }
 }
 
@@ -163,7 +163,7 @@ void print_manifest(const package_description &description) {
 void add_source(const std::string &source, package_description &description) {
     const size_t equals = source.find('=');
     if (equals == std::string::npos || equals + 1 == source.size()) {
-        throw misused("\"" + source + "\" is not TYPE=FILE");
+        throw usage_error("\"" + source + "\" is not TYPE=FILE");
     }
     put_source(source.substr(0, equals), source.substr(equals + 1), description);
 }

@@ -10,8 +10,7 @@ namespace pack {
 
 namespace {
 
-// A text in the notation of man(7): no line begins a request, and what has a meaning there stands
-// for itself.
+// Escapes a text for man(7): no line begins a request, and special characters stand for themselves.
 std::string roff(const std::string &text) {
     std::string result;
     for (const char c : text) {
@@ -36,12 +35,12 @@ void print_title(const std::string &name) {
            RENEWER_VERSION);
 }
 
-// Empty lines begin paragraphs.
+// Prints a text; empty lines separate paragraphs.
 void print_text(std::string text) {
     for (size_t at = text.find("\n\n"); at != std::string::npos; at = text.find("\n\n", at)) {
         text.replace(at, 2, "\n.PP\n");
     }
-    // What was made of empty lines is a request; the rest is not.
+    // Lines that came from empty lines are requests; all others are text.
     size_t begin = 0;
     while (begin < text.size()) {
         const size_t end = std::min(text.find('\n', begin), text.size());

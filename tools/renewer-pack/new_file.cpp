@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 constexpr int ending_signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE};
 
-// What the signal handler removes; at most one file is in the making.
+// The file that the signal handler removes; at most one is being made.
 char s_unfinished[4096];
 
 void remove_and_end(int signal_number) {
@@ -31,7 +31,7 @@ void remove_and_end(int signal_number) {
     raise(signal_number);
 }
 
-// Signals that are ignored (nohup) stay so.
+// Signals that are ignored (nohup) stay ignored.
 void handle_signals(void (*handler)(int)) {
     for (const int signal_number : ending_signals) {
         struct sigaction action = {};
@@ -42,10 +42,10 @@ void handle_signals(void (*handler)(int)) {
     }
 }
 
-// Holds the ending signals back while it lives: one that comes then ends the program afterwards.
-class held_back_signals {
+// Blocks the ending signals during its lifetime; one that arrives then ends the program afterwards.
+class blocked_signals {
 public:
-    held_back_signals() {
+    blocked_signals() {
         sigset_t ending;
         sigemptyset(&ending);
         for (const int signal_number : ending_signals) {
@@ -53,16 +53,16 @@ public:
         }
         pthread_sigmask(SIG_BLOCK, &ending, &before);
     }
-    ~held_back_signals() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-    held_back_signals(const held_back_signals &) = delete;
-    held_back_signals &operator=(const held_back_signals &) = delete;
+    ~blocked_signals() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+    blocked_signals(const blocked_signals &) = delete;
+    blocked_signals &operator=(const blocked_signals &) = delete;
 
 private:
     sigset_t before;
 };
 
-// Renames, onto nothing that exists unless it may be replaced (renameat2(2); a file system that
-// does not know the flag says EINVAL).
+// Renames; does not replace an existing file unless `replace` (renameat2(2); a file system without
+// support for the flag reports EINVAL).
 bool put(const fs::path &from, const fs::path &to, bool replace) {
     if (!replace &&
         renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
@@ -81,11 +81,11 @@ mode_t permitted(mode_t mode) {
 
 void check_target(const fs::path &target, bool replace, const std::vector<fs::path> &inputs) {
     for (const fs::path &input : inputs) {
-        std::error_code error; // one that does not exist is not the same
+        std::error_code error; // a file that does not exist is not the same
         if (fs::equivalent(input, target, error)) {
-            throw misused(target.string() + " would be written over while it is read" +
-                          (input == target ? "" : " (it is " + input.string() + ")") +
-                          ": give another place");
+            throw usage_error(target.string() + " would be written over while it is read" +
+                              (input == target ? "" : " (it is " + input.string() + ")") +
+                              ": give another place");
         }
     }
     if (fs::symlink_status(target).type() == fs::file_type::not_found) {
@@ -96,7 +96,7 @@ void check_target(const fs::path &target, bool replace, const std::vector<fs::pa
         fail(target);
     }
     if (!replace) {
-        throw misused(target.string() + " exists (--force replaces it)");
+        throw usage_error(target.string() + " exists (--force replaces it)");
     }
 }
 
@@ -109,7 +109,7 @@ new_file::new_file(fs::path place, bool may_replace)
         errno = ENAMETOOLONG;
         fail(target);
     }
-    const held_back_signals until_it_would_be_removed;
+    const blocked_signals until_it_would_be_removed;
     const renewer::owned_descriptor file(mkostemp(name.data(), O_CLOEXEC));
     if (!file) {
         fail(target);
@@ -162,7 +162,7 @@ void new_file::put_in_place() {
         fail(target);
     }
     if (!put(path, target, replace)) {
-        check_target(target, replace, {}); // made by another program in the meantime?
+        check_target(target, replace, {}); // reports a file that another program has made meanwhile
         fail(target);
     }
     path.clear();

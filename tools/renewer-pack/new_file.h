@@ -8,12 +8,11 @@
 
 namespace pack {
 
-// A file in the making, beside the place where it is to be: nobody sees it there before it is
-// complete. Removed with the end of the scope and when a signal ends the program, unless it has
-// been put in place.
+// A new file that is written beside its target and put in place when it is complete. Unless that
+// has happened, it is removed at the end of the scope or when a signal ends the program.
 class new_file {
 public:
-    // Throws `misused` when the target exists and must not be replaced, std::system_error when the
+    // Throws `usage_error` if the target exists and must not be replaced, std::system_error if the
     // file cannot be made.
     new_file(std::filesystem::path target, bool replace);
     ~new_file();
@@ -25,13 +24,13 @@ public:
     // Throws std::system_error.
     void write(std::string_view bytes);
 
-    // Bytes that it has now.
+    // Its present size in bytes.
     uint64_t size() const;
 
-    // Where this process reads or writes it, 0 when it is not open.
+    // The offset at which this process reads or writes it, 0 if it is not open.
     uint64_t position() const;
 
-    // Brings it to the disk and in place of what may be there. Throws as the constructor does.
+    // Flushes it to the disk and moves it to the target. Throws like the constructor.
     void put_in_place();
 
 private:
@@ -40,11 +39,11 @@ private:
     bool replace;
 };
 
-// Permissions of a new file that `mode` asks for, less the umask.
+// `mode` without the bits of the umask.
 mode_t permitted(mode_t mode);
 
-// Throws `misused` when the target exists and must not be replaced, or is one of the `inputs`, also
-// under another name, and std::system_error when something else than a file is in its place.
+// Throws `usage_error` if the target exists and must not be replaced, or is one of the `inputs`,
+// even under another name; std::system_error if it is not a regular file.
 void check_target(const std::filesystem::path &target, bool replace,
                   const std::vector<std::filesystem::path> &inputs);
 

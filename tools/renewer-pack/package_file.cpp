@@ -19,8 +19,8 @@ record record_of(const std::string &bytes) {
     return value;
 }
 
-// Magic 77007700 is that of the old layout, but readers of the new layout take it too: the fields
-// that the new layout fixes decide.
+// Magic 77007700 belongs to the old layout, but readers of the new layout accept it, too; so the
+// fields that have fixed values in the new layout decide.
 layout_kind layout_of(const std::string &bytes) {
     const auto head =
         record_of<renewer::pack_head_new>(bytes.substr(0, renewer::pack_head_new_size));
@@ -107,8 +107,8 @@ void check_new_header(const renewer::pack_head_new &head, package_file &package)
     }
 }
 
-// The bytes between version text and node table: fill up to a multiple of 4, and a reserved word
-// that no reader looks at.
+// Checks the bytes between version text and node table: padding to a multiple of 4, and a reserved
+// word that no reader uses.
 void check_fill(std::ifstream &file, const renewer::pack_head_new &head, package_file &package) {
     const uint64_t word = renewer::align4(head.head_len);
     if (!all_zero(bytes_at(file, head.head_len, word - head.head_len))) {

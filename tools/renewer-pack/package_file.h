@@ -9,11 +9,10 @@
 #include <string>
 #include <vector>
 
-// A package as people who make and test packages look at it: all that it holds, and all that is
-// wrong with it.
+// A package for people who make and test packages: all of its content and all of its defects.
 namespace pack {
 
-// What ends a command with exit status 1: the package is not what it should be.
+// Ends a command with exit status 1: something is wrong with the package.
 struct refused : std::runtime_error {
     using runtime_error::runtime_error;
 };
@@ -32,39 +31,39 @@ struct package_file {
     std::string part_number;
     uint64_t flag = 0;
     uint64_t table_offset = 0;
-    std::vector<renewer::pack_node> nodes; // those that the file holds
-    bool table_is_cut = false;             // the file does not hold all its nodes
-    std::vector<std::string> defects;      // the first of them; empty for a sound structure
-    size_t more_defects = 0;               // those that are not kept
-    bool is_damaged = false;               // a defect hinders unpacking
+    std::vector<renewer::pack_node> nodes; // as many as the file holds
+    bool table_is_cut = false;             // the file does not hold all records
+    std::vector<std::string> defects;      // the first ones; empty if the structure is sound
+    size_t more_defects = 0;               // number of those that are not kept
+    bool is_damaged = false;               // a defect prevents unpacking
 };
 
 constexpr size_t most_defects = 20; // that are kept
 
-// Adds a defect. What no reader looks at does not hinder unpacking.
+// Adds a defect. `hinders` is false for parts that no reader uses, which do not prevent unpacking.
 void add_defect(package_file &package, const std::string &text, bool hinders = true);
 
-// Reads header and node table. What is not as it should be is told in `defects`.
+// Reads header and node table. Whatever is wrong with them is added to `defects`.
 //
-// Throws `refused` for a file that is no package at all, std::system_error when it cannot be read.
+// Throws `refused` if the file is not a package at all, std::system_error if it cannot be read.
 package_file read_package(const std::filesystem::path &path);
 
 // The same; the refusal names the path.
 package_file named_package(const std::filesystem::path &path);
 
-// Adds to the defects what is wrong with the nodes: past the end, overlapping, without a name, not
-// as the flag says, with padding that is not zero.
+// Adds defects of the nodes: past the end of the file, overlapping, without a name, not matching
+// the flag, with padding that is not zero.
 void examine_nodes(package_file &package);
 
-// A package with all that is wrong with it.
+// A package and all its defects.
 struct examination {
     package_file package;
-    std::string digest; // that of its content, 32 hexadecimal characters; empty for no package
-    std::vector<std::string> defects; // of more than 20 the first 20 and "and N more"
+    std::string digest; // of the content, 32 hexadecimal characters; empty if it is not a package
+    std::vector<std::string> defects; // if more than 20, the first 20 and "and N more"
 };
 
-// Reads the whole package and compares its digest with that of its header. A file that is no
-// package at all has that as its only defect. Throws std::system_error when it cannot be read.
+// Reads the whole package and compares its digest with that in the header. If the file is not a
+// package, that is its only defect. Throws std::system_error if it cannot be read.
 examination examine(const std::filesystem::path &path);
 
 // "old" or "new".

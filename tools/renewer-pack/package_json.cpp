@@ -19,7 +19,7 @@ std::string old_time(uint32_t time) {
     return text;
 }
 
-// "20240523" as "2024-05-23"; a text that is no such date as it stands.
+// "20240523" as "2024-05-23"; other texts are returned unchanged.
 std::string with_separators(const std::string &text, char separator) {
     if (text.size() != 8) {
         return text;

@@ -8,11 +8,10 @@
 
 namespace pack {
 
-// The header's fields, as texts and numbers.
+// The header's fields as strings and numbers.
 json header_of(const package_file &package);
 
-// A package with its header, its nodes and what is wrong with it. A file that is no package has its
-// defects alone.
+// A package with its header, nodes and defects; if it is not a package, the defects only.
 json document_of(const examination &examined);
 
 } // namespace pack

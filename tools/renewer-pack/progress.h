@@ -10,18 +10,17 @@
 
 namespace pack {
 
-// How progress is shown on standard error: "auto", a bar when it is a terminal and the work takes
-// longer than a second; "json", a line of JSON ten times a second and one at the end; "none".
+// Selects how progress is shown on standard error: "auto", a bar if it is a terminal and the work
+// takes longer than a second; "json", a line of JSON ten times a second and one at the end; "none".
 void set_progress(const std::string &mode);
 
-// Shows no bar; what was asked for with `set_progress` is shown all the same.
+// Shows no bar in mode "auto"; a mode that was selected with `set_progress` still applies.
 void hide_progress();
 
-// Shows how far a piece of work has come while it lives. A bar is gone from the terminal with the
-// end of the scope.
+// Shows the progress of some work until the end of the scope, where the bar is cleared.
 class progress_bar {
 public:
-    // `done` gives the bytes done of `total`; it is called from another thread.
+    // `done` returns how many of the `total` bytes are done; it is called from another thread.
     progress_bar(std::string title, uint64_t total, std::function<uint64_t()> done);
     ~progress_bar();
     progress_bar(const progress_bar &) = delete;
@@ -35,10 +34,10 @@ private:
     std::mutex lock;
     std::condition_variable changed;
     bool finished = false;
-    std::thread painter; // only when something is to be shown
+    std::thread painter; // only if something is shown
 };
 
-// The line that shows `done` of `total`, `columns` wide.
+// A line of `columns` characters that shows `done` of `total`.
 std::string progress_line(const std::string &title, uint64_t done, uint64_t total, size_t columns);
 
 } // namespace pack

@@ -29,14 +29,15 @@ signature_result check_signature_of(const std::filesystem::path &package,
     errno = 0;
     if (renewer::check_signature(package.c_str(), nullptr, key.c_str(), &report) == 1) {
         std::string comment = report.comment;
-        std::replace(comment.begin(), comment.end(), '\t', ' '); // minisign's own have some
+        std::replace(comment.begin(), comment.end(), '\t',
+                     ' '); // minisign puts tabs into its default comments
         return {.holds = true, .comment = comment, .reason = ""};
     }
     switch (report.fault) {
     case signature_fault::key_unreadable:
         fail(key);
     case signature_fault::key_malformed:
-        throw misused(key.string() + " is no public key (minisign -G makes one)");
+        throw usage_error(key.string() + " is not a public key (minisign -G makes one)");
     case signature_fault::file_unreadable:
         fail(package);
     case signature_fault::signature_missing:

@@ -47,9 +47,9 @@ unsigned required_node_type(const std::string &name) {
     const std::optional<unsigned> type = node_type_of(name);
     if (!type) {
         const auto &names = renewer::node_type_strs;
-        throw misused("there is no node type \"" + name + "\"" +
-                      suggestion(name, {names.begin() + 1, names.end()}) +
-                      " (see renewer-pack types)");
+        throw usage_error("there is no node type \"" + name + "\"" +
+                          suggestion(name, {names.begin() + 1, names.end()}) +
+                          " (see renewer-pack types)");
     }
     return *type;
 }

@@ -18,7 +18,7 @@ using renewer::host_info;
 
 constexpr size_t leading_bytes = sizeof(host_info::uninterpreted);
 
-// What the characters of a part number say, by their place.
+// The meaning of a part number's characters, by place.
 struct meaning {
     size_t place;
     size_t count;
@@ -59,13 +59,13 @@ int show_record(const std::filesystem::path &path) {
     return good;
 }
 
-// The seven bytes of 14 hexadecimal digits.
+// Converts 14 hexadecimal digits to the seven leading bytes.
 void put_leading(const std::string &digits, host_info &host) {
     const bool sound = digits.size() == 2 * leading_bytes &&
                        digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
     if (!sound) {
-        throw misused("--leading takes seven bytes as 14 hexadecimal digits, not \"" + digits +
-                      "\"");
+        throw usage_error("--leading takes seven bytes as 14 hexadecimal digits, not \"" + digits +
+                          "\"");
     }
     for (size_t i = 0; i < leading_bytes; ++i) {
         host.uninterpreted[i] = static_cast<char>(std::stoi(digits.substr(2 * i, 2), nullptr, 16));
@@ -75,8 +75,8 @@ void put_leading(const std::string &digits, host_info &host) {
 host_info make_record(const unit_options &options) {
     if (options.pn.size() < 4 || options.pn.size() >= renewer::host_pn_size ||
         !std::all_of(options.pn.begin(), options.pn.end(), is_letter_or_digit)) {
-        throw misused("the part number of a unit has 4 to 69 letters and digits, not \"" +
-                      options.pn + "\"");
+        throw usage_error("the part number of a unit has 4 to 69 letters and digits, not \"" +
+                          options.pn + "\"");
     }
     host_info host = {};
     if (!options.leading.empty()) {
@@ -91,7 +91,7 @@ host_info make_record(const unit_options &options) {
 int unit(const unit_options &options) {
     if (options.output.empty()) {
         if (options.records.empty() || !options.pn.empty()) {
-            throw misused(
+            throw usage_error(
                 "unit shows the host records that are named, or makes one from --pn with -o");
         }
         for (const std::filesystem::path &record : options.records) {
@@ -100,7 +100,7 @@ int unit(const unit_options &options) {
         return good;
     }
     if (!options.records.empty()) {
-        throw misused("unit either shows host records or makes one with -o");
+        throw usage_error("unit either shows host records or makes one with -o");
     }
     const host_info host = make_record(options);
     new_file file(options.output, options.force);

@@ -34,8 +34,8 @@ void say(const fs::path &package, const std::string &what) {
             printable(what).c_str());
 }
 
-// Checks the package and says what is wrong with it. Returns whether it is damaged, which only
-// --force lets pass.
+// Reports the package's defects. Returns whether it is damaged; without --force a damaged package
+// is refused.
 bool check_damage(const examination &examined, bool force) {
     for (const std::string &defect : examined.defects) {
         say(examined.package.path, defect);

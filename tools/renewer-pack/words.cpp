@@ -8,8 +8,8 @@ namespace pack {
 
 namespace {
 
-// Letters to insert, remove, replace or swap with the next to make `b` of `a` (Damerau,
-// Levenshtein).
+// The number of letters to insert, remove, replace or swap with the next to turn `a` into `b`
+// (Damerau-Levenshtein distance).
 size_t distance(const std::string &a, const std::string &b) {
     std::vector<std::vector<size_t>> steps(a.size() + 1, std::vector<size_t>(b.size() + 1));
     for (size_t i = 0; i <= a.size(); ++i) {
@@ -57,8 +57,8 @@ bool is_letter_or_digit(char c) {
 
 std::string wrapped(const std::string &text, size_t columns) {
     std::string lines;
-    size_t begin = 0; // of the present line, in `lines`
-    size_t blank = 0; // where it can be broken
+    size_t begin = 0; // of the current line, in `lines`
+    size_t blank = 0; // the last place to break it
     for (const char c : text) {
         lines += c;
         if (c == '\n') {
@@ -74,7 +74,7 @@ std::string wrapped(const std::string &text, size_t columns) {
 }
 
 std::string suggestion(const std::string &word, const std::vector<std::string> &existing) {
-    constexpr size_t longest_word = 64; // nothing that exists is longer
+    constexpr size_t longest_word = 64; // longer than any known word
     if (word.size() > longest_word || existing.empty()) {
         return "";
     }

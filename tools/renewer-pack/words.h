@@ -5,27 +5,26 @@
 #include <string>
 #include <vector>
 
-// Texts for people, out of what packages and command lines hold.
+// Makes text for people from the content of packages and command lines.
 namespace pack {
 
-// A text field of a header up to its terminator or its end.
+// A text field of a header, up to its terminator or its end.
 std::string text_of(const char *field, size_t size);
 
-// The text with what a terminal would act upon replaced by "?".
+// The text with control characters replaced by "?".
 std::string printable(std::string text);
 
 std::string hexadecimal(uint64_t value);
 
-// "1.2.3" of the version of an old package.
+// The version of an old package as "1.2.3".
 std::string version_text(uint32_t version);
 
-bool is_letter_or_digit(char c); // of ASCII
+bool is_letter_or_digit(char c); // ASCII only
 
-// The text with its lines broken at blanks, so that none has more than `columns` characters; where
-// it has line ends they stay.
+// The text wrapped at blanks to lines of at most `columns` characters; its own newlines are kept.
 std::string wrapped(const std::string &text, size_t columns);
 
-// ", did you mean "kernel"?" for a word that is nearly one of those that exist; else nothing.
+// ", did you mean "kernel"?" if the word is similar to an existing one; else empty.
 std::string suggestion(const std::string &word, const std::vector<std::string> &existing);
 
 } // namespace pack
