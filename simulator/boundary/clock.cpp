@@ -1,4 +1,4 @@
-// The unit's clock: what waits and what tells the time.
+// The unit's clock: functions that wait or read the time.
 
 #include "simulator/boundary/process.h"
 #include "simulator/boundary/time.h"
@@ -20,17 +20,17 @@ constexpr const char *real_clock_gettime =
 extern "C" {
 
 unsigned sleep(unsigned span) {
-    tell_span("sleep", span);
+    report_span("sleep", span);
     return static_cast<unsigned>(pass(span));
 }
 
 int usleep(useconds_t span) {
-    tell_span("sleep", static_cast<double>(span) / 1e6);
+    report_span("sleep", static_cast<double>(span) / 1e6);
     return pass(static_cast<double>(span) / 1e6) > 0 ? -1 : 0;
 }
 
 int nanosleep(const timespec *span, timespec *left) {
-    tell_span("sleep", seconds_of(*span));
+    report_span("sleep", seconds_of(*span));
     const double remaining = pass(seconds_of(*span));
     if (remaining <= 0) {
         return 0;
@@ -41,7 +41,7 @@ int nanosleep(const timespec *span, timespec *left) {
     return -1;
 }
 
-// What Debian's sleep(1) calls; a relative sleep is all that is asked for in a unit.
+// Debian's sleep(1) calls this one. Only relative sleeps occur in a unit.
 int clock_nanosleep(clockid_t, int, const timespec *span, timespec *left) {
     return nanosleep(span, left) == 0 ? 0 : errno;
 }
@@ -59,7 +59,7 @@ int select(int count, fd_set *reads, fd_set *writes, fd_set *others, timeval *li
         return wait_for(count, reads, writes, others, nullptr);
     }
     double left = seconds_of({limit->tv_sec, limit->tv_usec * 1000});
-    tell_span("wait", left);
+    report_span("wait", left);
     const int result = wait_for(count, reads, writes, others, &left);
     const timespec rest = timespec_of(left);
     *limit = {rest.tv_sec, static_cast<suseconds_t>(rest.tv_nsec / 1000)};

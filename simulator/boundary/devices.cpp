@@ -1,4 +1,4 @@
-// LED files with the manners of sysfs, and SPI device nodes.
+// LED files that behave as in sysfs, and SPI device nodes.
 
 #include "simulator/boundary/disk.h"
 #include "simulator/boundary/process.h"
@@ -17,7 +17,8 @@ using namespace boundary;
 
 namespace {
 
-// The LED whose brightness file this is, in place at the start of `path`; null for other files.
+// The name of the LED whose brightness file this is, terminated within `path`; null for other
+// files.
 const char *led_of(char (&path)[256]) {
     constexpr char directory[] = "/sys/class/leds/";
     if (strncmp(path, directory, strlen(directory)) != 0) {
@@ -32,7 +33,7 @@ const char *led_of(char (&path)[256]) {
     return name;
 }
 
-// An SPI device node: a plain file in the unit's tree; the panel behind it stands on the desk.
+// An SPI device node is a plain file in the unit's tree; the panel behind it is part of the desk.
 
 unsigned long spi_transfers = 0;
 
@@ -60,13 +61,13 @@ int spi_transfer(const char *node, const spi_ioc_transfer &transfer) {
     return static_cast<int>(transfer.len);
 }
 
-// The link that a node leads to; its settings stay when the node is opened again.
+// The SPI link behind a node. Its settings are kept when the node is opened again.
 struct spi_link {
     const char *node;
     uint32_t highest_speed = UINT32_MAX;
     static inline spi_settings settings;
 
-    void level(int, int argument) const { tell("level %s %d", node, argument); }
+    void level(int, int argument) const { report("level %s %d", node, argument); }
     int transfer(const spi_ioc_transfer &asked) const { return spi_transfer(node, asked); }
     void exchanged(const char *, const char *, uint32_t) const {}
 };
@@ -80,7 +81,7 @@ int ioctl(int descriptor, unsigned long request, ...) {
     va_start(arguments, request);
     const unsigned long argument = va_arg(arguments, unsigned long);
     va_end(arguments);
-    // A negative request number has its sign bit carried to 64 bits by some callers.
+    // Some callers sign-extend the request number to 64 bits.
     const unsigned long number = request & 0xFFFFFFFFul;
     char path[256];
     descriptor_path(descriptor, path);
@@ -103,13 +104,13 @@ ssize_t write(int descriptor, const void *bytes, size_t count) {
     if (led == nullptr) {
         return real(descriptor, bytes, count);
     }
-    // A sysfs attribute takes each write as a whole new value, with or without a line end.
+    // A sysfs attribute takes each write as a whole new value, with or without a newline.
     const char *text = static_cast<const char *>(bytes);
     const void *line_end = memchr(text, '\n', count);
     const size_t shown = line_end == nullptr
                              ? count
                              : static_cast<size_t>(static_cast<const char *>(line_end) - text);
-    tell("led %s %.*s", led, static_cast<int>(shown), text);
+    report("led %s %.*s", led, static_cast<int>(shown), text);
     if (ftruncate(descriptor, 0) != 0) {
         return -1;
     }

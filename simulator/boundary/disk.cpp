@@ -1,4 +1,4 @@
-// A disk that is full.
+// Simulates a full disk.
 
 #include "simulator/boundary/disk.h"
 
@@ -33,7 +33,7 @@ bool disk_is_full(const char *path) {
 
 extern "C" {
 
-// What cp(1) asks for first; it goes on with write(2) where this is not possible.
+// cp(1) tries this call first and falls back to write(2).
 ssize_t copy_file_range(int from, off64_t *from_at, int to, off64_t *to_at, size_t count,
                         unsigned flags) {
     char path[256];

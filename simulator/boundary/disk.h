@@ -2,7 +2,7 @@
 
 namespace boundary {
 
-// Whether nothing more can be written to the file of this path (see `full_disk_path`).
+// Whether the disk of the file at this path is simulated as full (see `full_disk_path`).
 bool disk_is_full(const char *path);
 
 } // namespace boundary

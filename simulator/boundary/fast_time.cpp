@@ -1,4 +1,4 @@
-// The time in a unit: the desk's, so many times faster.
+// Time in a unit: the desk's, sped up.
 
 #include "simulator/boundary/process.h"
 #include "simulator/boundary/protocol.h"
@@ -57,8 +57,9 @@ timespec unit_time(const timespec &desk) {
 } // namespace boundary
 
 extern "C" unsigned alarm(unsigned span) {
-    boundary::tell_span("alarm", span);
-    constexpr unsigned longest = 100'000'000; // beyond it the desk's timers have no use
+    boundary::report_span("alarm", span);
+    constexpr unsigned longest =
+        100'000'000; // far beyond any run, and small enough for the desk's timer
     const itimerval timer = {{}, boundary::desk_span(span < longest ? span : longest)};
     itimerval before = {};
     setitimer(ITIMER_REAL, &timer, &before);

@@ -24,7 +24,8 @@ unsigned long spi_transfers_that_work = ~0ul;
 
 namespace {
 
-// The socket is opened for each record, so that no descriptor of the program's is taken or closed.
+// The socket is opened anew for each record: a descriptor kept open would shift the numbers that
+// the program's own descriptors get, and the program may close all that it does not know.
 void send_parts(std::span<const iovec> parts) {
     const int saved_errno = errno;
     const int socket_fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
@@ -58,7 +59,7 @@ void send_parts(std::span<const iovec> parts) {
 [[gnu::destructor]] void end() {
     rusage usage = {};
     if (is_program && getrusage(RUSAGE_SELF, &usage) == 0) {
-        tell("memory %ld", usage.ru_maxrss);
+        report("memory %ld", usage.ru_maxrss);
     }
 }
 
@@ -69,7 +70,7 @@ void send_record(const char *record, size_t size) {
     send_parts(parts);
 }
 
-void tell(const char *format, ...) {
+void report(const char *format, ...) {
     char record[4096];
     const size_t begin = gettid() == getpid() ? 0 : strlen(simulator::thread_mark);
     memcpy(record, simulator::thread_mark, begin);
@@ -83,7 +84,7 @@ void tell(const char *format, ...) {
     }
 }
 
-void tell_long(const char *kind, const char *text) {
+void report_long(const char *kind, const char *text) {
     const iovec parts[] = {{const_cast<char *>(kind), strlen(kind)},
                            {const_cast<char *>(text), strlen(text)}};
     send_parts(parts);
@@ -100,8 +101,8 @@ void descriptor_path(int descriptor, char (&path)[256]) {
 
 extern "C" {
 
-// ThreadSanitizer's runtime holds signals back in waits that it does not know to block, as this
-// one: with it the wait is made of sleeps, which it knows.
+// ThreadSanitizer delays signals during calls that it does not know to be blocking, such as this
+// one. Under it the wait is therefore a loop of short sleeps, which it does know.
 int waitid(idtype_t type, id_t id, siginfo_t *ended, int options) {
     const auto real = boundary::next<decltype(waitid)>("waitid");
     if (dlsym(RTLD_DEFAULT, "__tsan_init") == nullptr) {
@@ -119,15 +120,15 @@ int waitid(idtype_t type, id_t id, siginfo_t *ended, int options) {
     }
 }
 
-// The kernel's own restart, without the unit's command for it.
+// A direct request to the kernel, without the unit's reboot command.
 int reboot(int) noexcept {
-    boundary::tell("call reboot by the kernel");
+    boundary::report("call reboot by the kernel");
     return 0;
 }
 
 int kill(pid_t process, int signal) {
     if (signal != 0 && boundary::is_program) {
-        boundary::tell("signal %d to %s", signal, process < 0 ? "group" : "process");
+        boundary::report("signal %d to %s", signal, process < 0 ? "group" : "process");
     }
     return boundary::next<decltype(kill)>("kill")(process, signal);
 }

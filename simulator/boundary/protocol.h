@@ -1,30 +1,31 @@
 #pragma once
 
-// What the library at the system-call boundary and the desk agree on.
+// The protocol between the library at the system-call boundary and the desk.
 namespace simulator {
 
-// The desk's datagram socket, by its path in the unit. A record is "<kind> <text>", with the kinds
-// of event_kind, or one of "memory <KiB>" (the program's peak), "level <node> <number>" (a panel's
-// data/command line), "transfer <node> <bytes>" (one SPI transfer, the bytes as they are) and
-// "ended <command line>" (one that was handed to the shell).
+// Path of the desk's datagram socket within the unit. A record is "<kind> <text>", where the kind
+// is one of event_kind or: "memory <KiB>" (the program's peak), "level <node> <number>" (a panel's
+// data/command line), "transfer <node> <bytes>" (one SPI transfer, raw bytes), "ended <command
+// line>" (a command of the shell has ended).
 constexpr const char record_path[] = "/.simulator/record";
 
-// Stands before the records of a thread that is not its process's first.
+// Prefix of records that are sent by a thread other than the main thread.
 constexpr const char thread_mark[] = "thread ";
 
-// How many times faster than the desk's the unit's clock runs.
+// How many times faster the unit's clock runs than the desk's.
 constexpr const char speed_variable[] = "SIMULATOR_SPEED";
 
-// Set for the program that is under observation, not for what it starts.
+// Set for the program under observation, but not for what it starts.
 constexpr const char program_variable[] = "SIMULATOR_PROGRAM";
 
-// "<count> <text>": so many times no shell can be started for a command that begins with the text.
+// "<count> <text>": the first <count> attempts to start a shell for a command that begins with
+// <text> fail.
 constexpr const char shell_failures_variable[] = "SIMULATOR_SHELL_FAILURES";
 
-// When this file is there, nothing can be written to files below the path that it holds.
+// If this file exists, writes to files below the path that it contains fail.
 constexpr const char full_disk_path[] = "/.simulator/full";
 
-// How many SPI transfers work before all others fail; not set: all work.
+// How many SPI transfers succeed before all others fail; if not set, all succeed.
 constexpr const char spi_transfers_variable[] = "SIMULATOR_SPI_TRANSFERS";
 
 } // namespace simulator

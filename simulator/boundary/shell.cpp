@@ -1,4 +1,4 @@
-// The shell that the program has its commands run by.
+// The shell that runs the program's commands.
 
 #include "simulator/boundary/process.h"
 
@@ -11,7 +11,7 @@ failing_shells no_shells;
 
 namespace {
 
-// Looked up before the program begins: `system` is called in the context of a signal too.
+// Looked up before the program starts: `system` may also be called in a signal handler.
 decltype(&system) next_system = nullptr;
 
 [[gnu::constructor]] void find_shell() {
@@ -33,8 +33,8 @@ int run(const char *command) {
 } // namespace boundary
 
 extern "C" int system(const char *command) {
-    boundary::tell_long("shell ", command);
+    boundary::report_long("shell ", command);
     const int status = boundary::run(command);
-    boundary::tell_long("ended ", command);
+    boundary::report_long("ended ", command);
     return status;
 }

@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <linux/spi/spidev.h>
 
-// The requests (ioctl) to an SPI device node, for both who answer them: the boundary in a unit, and
-// the one within a test's own process.
+// Answers the ioctl requests to an SPI device node. Used by the boundary of a unit and by the one
+// within a test's own process.
 namespace boundary {
 
-// The unit's SPI driver takes these two spidev requests as the setting of the panel's data/command
-// line, with a plain integer.
+// The unit's SPI driver takes these two spidev requests, with a plain integer as argument, as the
+// setting of the panel's data/command line.
 constexpr unsigned long set_command_level = 0x80046B05;
 constexpr unsigned long set_data_level = 0x40046B05;
 static_assert(set_command_level == SPI_IOC_RD_MODE32 && set_data_level == SPI_IOC_WR_MODE32);
@@ -33,9 +33,10 @@ int exchange_setting(link &to, const char *name, bool set, T &kept, void *place,
     return 0;
 }
 
-// Answers a request on `to`, which has its `settings`, the `highest_speed` that it accepts, and
+// Answers a request to the link `to`, which has its `settings`, the `highest_speed` that it
+// accepts, and
 //   level(int level, int argument)               for the data/command line,
-//   transfer(const spi_ioc_transfer &)           for a message, whose result it returns, and
+//   transfer(const spi_ioc_transfer &)           for a message; returns the request's result, and
 //   exchanged(const char *how, const char *setting, uint32_t value).
 template <typename link>
 int answer_spi_request(link &to, unsigned long request, void *argument) {

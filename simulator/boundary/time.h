@@ -3,8 +3,7 @@
 #include <ctime>
 #include <sys/select.h>
 
-// How the unit's time passes: in a unit as the desk's, only faster; in a test's own process at
-// once.
+// How time passes: in a unit as on the desk, but faster; in a test's own process waits end at once.
 namespace boundary {
 
 inline double seconds_of(const timespec &time) {
@@ -16,13 +15,13 @@ inline timespec timespec_of(double seconds) {
     return {whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e9)};
 }
 
-// Lets so many seconds pass. Returns what is left of them when a signal ended that early, else 0.
+// Waits for `seconds`. Returns what is left of them if a signal ended the wait early, else 0.
 double pass(double seconds);
 
-// select(2); `seconds` is its time-out (null: none) and then what is left of it.
+// select(2); `seconds` is its time-out (null for none) and is set to what is left of it.
 int wait_for(int count, fd_set *reads, fd_set *writes, fd_set *others, double *seconds);
 
-// The time of the unit's clock when the desk's has this one.
+// The time of the unit's clock at this time of the desk's.
 timespec unit_time(const timespec &desk);
 
 } // namespace boundary

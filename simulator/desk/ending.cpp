@@ -36,7 +36,7 @@ constexpr std::array<ending_words, 17> endings = {{
      "the battery and the supply; the readings are in the output"},
     {ending::package, "REFUSED", "package: it fails its check",
      "the package: renewer-pack check FILE"},
-    {ending::used_wrongly, "REFUSED", "the updater was started with wrong arguments",
+    {ending::wrong_arguments, "REFUSED", "the updater was started with wrong arguments",
      "how the application starts the updater: renewer KIND PATH PN"},
     {ending::cut, "CUT", "the run did not come to its end",
      "power, and what else may have ended the updater"},
@@ -52,7 +52,7 @@ constexpr std::array<std::string_view, 12> stages = {
     "starting the install script",
     "running the install script",
     "running the install script once more",
-    "replacing the updater's own copy and showing the result",
+    "replacing the updater's own copy and output_style the result",
     "waiting for the application's acknowledgement",
     "restarting the unit",
 };

@@ -4,7 +4,7 @@
 
 namespace simulator {
 
-// How a run of the updater can end, as far as anybody who looks at it can tell.
+// How a run of the updater can end, as far as its output shows.
 enum class ending {
     updated,
     script_failed,
@@ -21,21 +21,21 @@ enum class ending {
     no_indication,
     battery,
     package,
-    used_wrongly,
+    wrong_arguments,
     cut,
 };
 
-// What is said of an ending.
+// An ending in words.
 struct ending_words {
     ending which;
     std::string_view word;    // "UPDATED", "FAILED", "DECLINED", "REFUSED" or "CUT"
-    std::string_view reason;  // in a few words, where nothing more exact is known
-    std::string_view look_at; // what somebody who wants another ending looks at; may be empty
+    std::string_view reason;  // in a few words, if nothing more exact is known
+    std::string_view look_at; // where to look for the cause; may be empty
 };
 
 const ending_words &words_of(ending which);
 
-// How far a run came.
+// How far a run got.
 enum class stage {
     started,
     part_number_fits,
@@ -51,7 +51,7 @@ enum class stage {
     restarting,
 };
 
-// What the run does at that stage, after "while": "running the install script".
+// What the run does at that stage, to be put after "while": "running the install script".
 std::string_view words_of(stage reached);
 
 } // namespace simulator

@@ -7,11 +7,11 @@
 
 namespace simulator {
 
-// What the kind of an event is called where people read it: "prints", "runs", "desk".
+// The name that people see for a kind of event: "prints", "runs", "desk".
 std::string_view label_of(event_kind kind);
 
-// The line of an event as the unit knows it (see `event::line`), from what people call it:
-// "runs sync" is "shell sync". Other texts stay as they are.
+// Converts a line with a label into the event's line (see `event::line`): "runs sync" becomes
+// "shell sync". Other texts are returned unchanged.
 std::string line_of_labelled(std::string_view text);
 
 } // namespace simulator

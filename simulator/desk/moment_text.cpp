@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// The user has been asked when the program waits for a key.
+// The question is on display when the program waits for a key.
 constexpr const char question[] = "wait ";
 
 constexpr unit_time usual_hold = 100ms;
@@ -74,7 +74,7 @@ unit_time parse_time(std::string_view text) {
         return *time;
     }
     throw std::invalid_argument("\"" + std::string(text) +
-                                "\" is no time; right would be 2s, 300ms or 2min, up to a day");
+                                "\" is not a time; expected 2s, 300ms or 2min, up to a day");
 }
 
 moment parse_moment(std::string_view text, bool from_question) {
@@ -90,7 +90,7 @@ moment parse_moment(std::string_view text, bool from_question) {
         }
     }
     if (line.empty()) {
-        throw std::invalid_argument("a moment is missing; right would be 2s, start+2s or \"runs "
+        throw std::invalid_argument("a moment is missing; expected 2s, start+2s or \"runs "
                                     "sync\"");
     }
     return after(line == "start"      ? ""s
@@ -107,7 +107,7 @@ key_press parse_press(std::string_view text) {
     const size_t at = text.find('@');
     if (at == std::string_view::npos) {
         throw std::invalid_argument("\"" + std::string(text) +
-                                    "\" is no key press; right would be ok@2s");
+                                    "\" is not a key press; expected ok@2s");
     }
     std::string_view when = text.substr(at + 1);
     unit_time hold = usual_hold;

@@ -5,16 +5,16 @@
 #include <optional>
 #include <string_view>
 
-// Times, moments and keys as people write them. What cannot be read throws std::invalid_argument
-// with what would be right.
+// Parse times, moments and keys as people write them. Text that cannot be parsed throws
+// std::invalid_argument with a hint at what is expected.
 namespace simulator {
 
 // "2s", "1.5 s", "300ms", "2 min"
 unit_time parse_time(std::string_view text);
 
-// A time after the question to the user ("2s", where `from_question`) or after the start ("2s"
-// otherwise, "start+2s"), or a line of the time line, as it is shown, with or without a time
-// behind it: "runs cp -drf", "runs cp -drf+20ms", "prints status 3".
+// A time ("2s"), counted from the question to the user if `from_question`, else from the start;
+// "start+2s"; or a line of the time line as it is shown, with or without a time after it: "runs cp
+// -drf", "runs cp -drf+20ms", "prints status 3".
 moment parse_moment(std::string_view text, bool from_question);
 
 struct key_press {
@@ -23,7 +23,7 @@ struct key_press {
     unit_time hold;
 };
 
-// How long after the end marker the application removes it; nothing for "never".
+// How long after the end marker appears the application removes it; nothing for "never".
 std::optional<unit_time> parse_acknowledgement(std::string_view text);
 
 // "ok@2s", "power@question+1s", "right@start+500ms for 3s"; times are after the question.

@@ -10,16 +10,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What the updater is told of an old-layout package, by its type (digit 6 of its part number).
+// The updater's arguments for a package of the old layout, by its type (digit 6 of its part
+// number).
 struct old_type {
     const char *kind;
-    size_t meant_for; // number of the first of the two digits that go with it
+    size_t meant_for; // number of the first of the two digits for PN
 };
 
 constexpr std::array<old_type, 5> old_types = {{{"0", 2}, {"1", 4}, {"2", 9}, {"4", 2}, {"5", 2}}};
 constexpr size_t type_digit = 6;
 
-// A digit of four bits as the character that is compared with the unit's: "a" is ':'.
+// The character that a hexadecimal digit is compared as: '0' plus its value, so "a" is ':'.
 char character_of(char digit) {
     return static_cast<char>(digit >= 'a' ? '0' + 10 + digit - 'a' : digit);
 }
@@ -60,7 +61,7 @@ nlohmann::ordered_json checked_header(const fs::path &path) {
 
 std::vector<std::string> usual_arguments(const package_offer &offer, const std::string &on_unit,
                                          const unit_description &described) {
-    if (offer.is_directory) { // for this model, since nothing says otherwise
+    if (offer.is_directory) { // a directory has no part number, so take the unit's own
         return {"0", on_unit, model_of(described)};
     }
     if (offer.header.at("layout") == "old") {
@@ -72,7 +73,7 @@ std::vector<std::string> usual_arguments(const package_offer &offer, const std::
 } // namespace
 
 package_offer look_at_package(const fs::path &path, const unit_description &described,
-                              const offer_wishes &wishes) {
+                              const offer_overrides &overrides) {
     package_offer offer;
     offer.path = fs::absolute(path).lexically_normal();
     offer.is_directory = fs::is_directory(path);
@@ -81,14 +82,14 @@ package_offer look_at_package(const fs::path &path, const unit_description &desc
     }
     const fs::path named = offer.path.has_filename() ? offer.path : offer.path.parent_path();
     const std::string on_unit =
-        wishes.path.empty() ? "/media/sda1/" + named.filename().string() : wishes.path;
+        overrides.path.empty() ? "/media/sda1/" + named.filename().string() : overrides.path;
     offer.arguments = usual_arguments(offer, on_unit, described);
-    if (!wishes.kind.empty()) {
-        offer.arguments[0] = wishes.kind;
+    if (!overrides.kind.empty()) {
+        offer.arguments[0] = overrides.kind;
     }
-    if (!wishes.meant_for.empty()) {
+    if (!overrides.meant_for.empty()) {
         offer.arguments.resize(2);
-        offer.arguments.push_back(wishes.meant_for);
+        offer.arguments.push_back(overrides.meant_for);
     }
     return offer;
 }

@@ -8,8 +8,8 @@ namespace simulator {
 
 namespace {
 
-// A text that a line of the updater contains, and what it says of the run. `rest` is what follows
-// the text. `take` returns whether the line was the updater's indeed.
+// A text that a line of the updater contains, and what it means. `take` gets the rest of the line
+// and returns whether it really is a line of the updater.
 struct mark {
     std::string_view text;
     bool (*take)(run_reading &run, std::string_view rest);
@@ -27,8 +27,7 @@ bool end_by(run_reading &run, std::string_view) {
     return true;
 }
 
-// The updater says what kind of package it has before all else: a log may hold several runs, and
-// its last one counts.
+// The updater prints the kind of package first. A log may hold several runs; the last one counts.
 bool begin(run_reading &run, std::string_view) {
     run = {};
     return true;
@@ -38,8 +37,8 @@ std::string first_word(std::string_view text) {
     return std::string(text.substr(0, text.find_first_of(" \r\n")));
 }
 
-// "1,pn3=3,st2=1,st3=6", one character each: the package's, then the unit's. A header that could
-// not be read has none.
+// "1,pn3=3,st2=1,st3=6": the package's two characters, then the unit's; none of the package if its
+// header could not be read.
 bool take_part_numbers(run_reading &run, std::string_view rest) {
     run.reason = rest.size() < 19 || rest[0] == '\0'
                      ? "part number: /data/app/log/pack_tmp holds no package header"
@@ -77,13 +76,13 @@ bool take_power(run_reading &run, std::string_view rest) {
     return reach<stage::power_measured>(run, rest);
 }
 
-// This text has no line end, so that the next one stands on its line.
+// This text ends without a newline, so the next one follows on the same line.
 bool take_question(run_reading &run, std::string_view rest) {
     read_printed(run, rest);
     return reach<stage::asked>(run, rest);
 }
 
-// With LEDs the power key, pressed and released twice, declines.
+// With LEDs, pressing and releasing the power key twice declines.
 bool take_led_key(run_reading &run, std::string_view) {
     if (++run.power_releases == 2) {
         run.answer = "the power key was pressed twice";
@@ -91,7 +90,7 @@ bool take_led_key(run_reading &run, std::string_view) {
     return true;
 }
 
-// With a screen the first event that is read decides: "7 enter".
+// With a screen, the first key event decides: "7 enter".
 bool take_screen_key(run_reading &run, std::string_view rest) {
     if (rest.find(" enter") == std::string_view::npos) {
         return false;
@@ -102,7 +101,7 @@ bool take_screen_key(run_reading &run, std::string_view rest) {
     return true;
 }
 
-// The host record is read anew for each prompt; only the first reading comes before all else.
+// The host record is read anew for each prompt; only a failure at the very start ends the run.
 bool take_host_record(run_reading &run, std::string_view) {
     run.stated = run.reached < stage::asked ? ending::host_record : ending::no_indication;
     return true;
@@ -122,7 +121,7 @@ bool take_attempt(run_reading &run, std::string_view) {
     return true;
 }
 
-// A shell that a signal ended reports 128 and the signal's number.
+// A shell reports a command that was ended by a signal as 128 plus the signal's number.
 bool take_status(run_reading &run, std::string_view rest) {
     int status = 0;
     if (!run.script_runs ||
@@ -162,13 +161,13 @@ bool take_no_prompts(run_reading &run, std::string_view) {
     return true;
 }
 
-// The first that a line contains counts.
+// The first mark that a line contains counts.
 constexpr mark printed_marks[] = {
     {"old host pack!", begin},
     {"gnss pack!", begin},
     {"radio pack!", begin},
     {"new host pack!", begin},
-    {"usage: renewer KIND", end_by<ending::used_wrongly>},
+    {"usage: renewer KIND", end_by<ending::wrong_arguments>},
     {"package path mnt  not allow", end_by<ending::path_not_allowed>},
     {"get_local_host_info() failure", take_host_record},
     {"pn2=", take_part_numbers},

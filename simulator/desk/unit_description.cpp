@@ -14,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int unit_frames = 129;  // of the animation, 0 to 128
-constexpr size_t longest_pn = 69; // of the host record's 70 characters the last ends the text
+constexpr size_t longest_pn = 69; // the host record has 70 characters, with the terminator
 
 void put(unit &it, const unit_file &file) {
     switch (file.is) {
@@ -36,7 +36,7 @@ void put(unit &it, const unit_file &file) {
     }
 }
 
-// The desk draws one turn of the animation; a unit has 129 frames.
+// The desk has pictures for one turn of the animation; a unit has 129 frames.
 void repeat_frames(const fs::path &tree) {
     const auto frame = [&](int number) {
         return below(tree, "/reserve/update/updating_" + std::to_string(number) + ".bmp");
@@ -96,7 +96,7 @@ std::string pn_of_model(std::string_view model) {
     const std::string two(model == "led" ? "13" : model == "screen" ? "16" : model);
     if (two.size() != 2) {
         throw std::invalid_argument("\"" + std::string(model) +
-                                    "\" is no model; right would be led, screen, or characters 2 "
+                                    "\" is not a model; expected led, screen, or characters 2 "
                                     "and 3 of the part number");
     }
     return checked_pn("10" + two + "563400120000");

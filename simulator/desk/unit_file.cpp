@@ -13,14 +13,14 @@ namespace fs = std::filesystem;
 
 constexpr uintmax_t largest_file = 1024 * 1024;
 
-// What is wrong, at its place in the file; becomes the error that the caller sees.
+// An error at a place in the file; converted into the error that the caller sees.
 struct field_error {
     int line; // from 0; -1 when not known
     std::string field;
     std::string what;
 };
 
-// A value and the field that it belongs to.
+// A value and the field it belongs to.
 struct value {
     YAML::Node node;
     std::string field;
@@ -33,7 +33,7 @@ struct value {
 
 std::string text_of(const value &given) {
     if (!given.node.IsScalar()) {
-        given.refuse("a text is wanted");
+        given.refuse("expected a text");
     }
     return given.node.Scalar();
 }
@@ -42,7 +42,7 @@ double number_of(const value &given) {
     double number = 0;
     if (!given.node.IsScalar() || !YAML::convert<double>::decode(given.node, number) ||
         !std::isfinite(number)) {
-        given.refuse("a number is wanted");
+        given.refuse("expected a number");
     }
     return number;
 }
@@ -50,8 +50,8 @@ double number_of(const value &given) {
 double number_within(const value &given, double lowest, double highest) {
     const double number = number_of(given);
     if (number < lowest || number > highest) {
-        given.refuse("a number from " + std::to_string(std::lround(lowest)) + " to " +
-                     std::to_string(std::lround(highest)) + " is wanted");
+        given.refuse("expected a number from " + std::to_string(std::lround(lowest)) + " to " +
+                     std::to_string(std::lround(highest)));
     }
     return number;
 }
@@ -59,7 +59,7 @@ double number_within(const value &given, double lowest, double highest) {
 bool truth_of(const value &given) {
     bool truth = false;
     if (!given.node.IsScalar() || !YAML::convert<bool>::decode(given.node, truth)) {
-        given.refuse("true or false is wanted");
+        given.refuse("expected true or false");
     }
     return truth;
 }
@@ -67,7 +67,7 @@ bool truth_of(const value &given) {
 std::string path_on_unit(const value &given) {
     const std::string path = text_of(given);
     if (!path.starts_with('/') || fs::path(path).lexically_normal() != fs::path(path)) {
-        given.refuse("an absolute path on the unit is wanted");
+        given.refuse("expected an absolute path on the unit");
     }
     return path;
 }
@@ -76,7 +76,7 @@ std::string path_on_desk(const value &given) {
     return given.directory / text_of(given);
 }
 
-// What a text reader refuses is told with the field.
+// Adds the field to errors of the text parsers.
 template <typename reader>
 auto read_as(const value &given, const reader &read) {
     try {
@@ -96,11 +96,11 @@ struct field {
     void (*take)(record &into, const value &given);
 };
 
-// Reads a mapping by the table of its fields.
+// Reads a mapping according to the table of its fields.
 template <typename record, size_t count>
 void read_mapping(record &into, const value &given, const field<record> (&fields)[count]) {
     if (!given.node.IsMap()) {
-        given.refuse("fields with their values are wanted");
+        given.refuse("expected fields with their values");
     }
     for (const auto &entry : given.node) {
         const std::string name = entry.first.Scalar();
@@ -162,16 +162,16 @@ constexpr field<unit_file> file_fields[] = {
          size_t used = 0;
          if (text.empty() || text.find_first_not_of("01234567") != std::string::npos ||
              text.size() > 5) {
-             given.refuse("an octal number is wanted, like 0755");
+             given.refuse("expected an octal number, like 0755");
          }
          file.mode = static_cast<unsigned>(std::stoul(text, &used, 8));
      }},
 };
 
-// A path with its text, with fields, or with nothing for a file that is missing.
+// A path with its text, with fields, or with null for a file that is missing.
 void take_files(unit_description &unit, const value &given) {
     if (!given.node.IsMap()) {
-        given.refuse("paths with their content are wanted");
+        given.refuse("expected paths with their content");
     }
     for (const auto &entry : given.node) {
         const std::string name = given.field + "." + entry.first.Scalar();
@@ -204,7 +204,7 @@ void take_versions(unit_description &unit, const value &given) {
 
 void take_keys(unit_description &unit, const value &given) {
     if (!given.node.IsSequence()) {
-        given.refuse("a list of key presses is wanted, like [ok@2s]");
+        given.refuse("expected a list of key presses, like [ok@2s]");
     }
     for (const YAML::Node &entry : given.node) {
         unit.keys.push_back(read_as(value{entry, given.field, given.directory}, parse_press));
@@ -267,7 +267,7 @@ constexpr field<unit_description> unit_fields[] = {
          const std::string which = text_of(given);
          unit.prompt_pictures = which == "usual" || which == "none" ? which : path_on_desk(given);
          if (unit.prompt_pictures != which && !fs::is_directory(unit.prompt_pictures)) {
-             given.refuse("usual, none or a directory is wanted");
+             given.refuse("expected usual, none or a directory");
          }
      }},
     {"keys", take_keys},

@@ -4,9 +4,9 @@
 
 namespace simulator {
 
-// Reads a unit file (YAML, and so JSON too; simulator/desk/unit.schema.json says what it may hold).
-// Paths in it are taken from where the file is. Throws std::runtime_error with file, line and field
-// for what it should not hold: "unit.yaml:3: battery: ...".
+// Reads a unit file (YAML or JSON; the format is described by simulator/desk/unit.schema.json).
+// Paths are relative to the file's directory. Throws std::runtime_error with file, line and field
+// if something is wrong: "unit.yaml:3: battery: ...".
 unit_description read_unit_file(const std::filesystem::path &path);
 
 } // namespace simulator

@@ -66,7 +66,7 @@ verdict failed_install(const run_reading &run) {
                        : with_words(ending::script_failed, run, script_reason(run));
 }
 
-// The ending as the lines tell it; `otherwise` when they tell none.
+// The ending that the lines show; `otherwise` is the reason if they show none.
 verdict ending_of(const run_reading &run, const std::string &otherwise) {
     if (run.stated) {
         return stated_ending(run);

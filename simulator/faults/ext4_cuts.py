@@ -1,5 +1,5 @@
-"""The power goes at every write and flush that a run sends to an ext4 disk, and with any part of what
-was not yet flushed."""
+"""Cuts the power at every write and flush that a run sends to an ext4 disk, and loses any part of
+what was not yet flushed."""
 
 import os
 import random
@@ -42,7 +42,7 @@ def make_disk(path, tree):
 
 def logged(path):
     """The operations of a log of writes (the kernel's Documentation/admin-guide/device-mapper/
-    log-writes.rst): (first byte, data, whether all before it was flushed, whether it is itself)."""
+    log-writes.rst): (first byte, data, whether it flushes all before, whether it is durable)."""
     with open(path, "rb") as file:
         log = file.read()
     _, _, count, sector = struct.unpack_from("<QQQI", log)
@@ -59,7 +59,7 @@ def logged(path):
 
 
 def points(operations):
-    """Every state that the disk may have been left in: lists of the writes that reached it."""
+    """States in which the disk may have been left: for each the list of writes that reached it."""
     chance = random.Random(1)
     safe, unsafe = [], []
     for first, data, flushes, is_safe in operations:
@@ -73,7 +73,7 @@ def points(operations):
 
 
 def files_on(disk, writes, folder):
-    """The files on a disk with these writes, by path; None when it cannot be repaired."""
+    """The files on a disk after these writes, by path; None if it cannot be repaired."""
     image, tree = f"{folder}/image", f"{folder}/tree"
     shutil.copyfile(disk, image)
     with open(image, "r+b") as file:

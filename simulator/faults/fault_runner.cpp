@@ -1,14 +1,14 @@
 // fault_runner PROGRAM [ARGUMENT]...
 //
-// Runs the program, and has one system call of its or of what it starts go wrong, or the unit's
-// power go at that call. The environment variable FAULT says which and how: "<key> <what>", with
-// the key of observed_call.h and as `what` an error number, or "before", "half" or "after". Without
-// it nothing happens, but for a rest of so many seconds as REST says ahead of each call that
-// changes storage, in which what was changed before can reach the medium.
+// Runs the program and makes one of its system calls, or of the programs that it starts, fail, or
+// cuts the unit's power at that call. The environment variable FAULT selects it: "<key> <what>",
+// where the key is that of observed_call.h and <what> is an error number or "before", "half" or
+// "after". Without FAULT all calls go on as usual; if REST is set, each call that changes storage
+// is preceded by a rest of that many seconds, in which earlier changes can reach the medium.
 //
-// Writes into "/.simulator/calls": without FAULT a line for each call, its parts divided by tabs
+// Writes to "/.simulator/calls": without FAULT a line for each call, with tabs between the parts
 // (key, subject, "changes" or "-", "halves" or "-", its errors); with FAULT the line of the call
-// that it happened to.
+// that was hit.
 
 #include "simulator/faults/filter.h"
 #include "simulator/faults/observed_call.h"
@@ -63,7 +63,7 @@ private:
     bool ends_after_call = false;
 };
 
-// All but the unit's first process and this one.
+// Kills all processes except the unit's first one and this one.
 void runner::cut_power() {
     kill(-1, SIGKILL);
     calls.flush();
@@ -72,7 +72,7 @@ void runner::cut_power() {
 
 void runner::take() {
     seccomp_notif call;
-    if (!take_call(listener, &call)) {
+    if (!next_call(listener, &call)) {
         return;
     }
     if (ends_after_call) {
@@ -80,12 +80,12 @@ void runner::take() {
     }
     observed_call entry;
     if (!book.enter(call, &entry) || (!key.empty() && entry.key() != key)) {
-        return let_go(listener, call);
+        return allow_call(listener, call);
     }
     calls << line_of(entry);
     if (key.empty()) {
         sleep(entry.changes ? rest : 0);
-        return let_go(listener, call);
+        return allow_call(listener, call);
     }
     if (what == "before") {
         cut_power();
@@ -96,9 +96,9 @@ void runner::take() {
     }
     if (what == "after") {
         ends_after_call = true;
-        return let_go(listener, call);
+        return allow_call(listener, call);
     }
-    let_fail(listener, call, std::stoi(what));
+    fail_call(listener, call, std::stoi(what));
 }
 
 int runner::run() {

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Sweeps faults and power cuts over whole updates, and writes what came of them into a document.
+"""Sweeps faults and power cuts over whole updates, and writes the results into a document.
 
 usage: faults.py SOURCE RELEASE_BUILD ARM_BUILD WORK_FOLDER [--every N] [calls|ext4|ubifs]...
 
-The table of the document is between the lines "<!-- begin -->" and "<!-- end -->"; its rows for what
-is not swept this time stay.
+The document's table is between the lines "<!-- begin -->" and "<!-- end -->"; rows of parts that
+are not swept this time are kept.
 """
 
 import argparse

@@ -22,7 +22,7 @@ namespace {
     _exit(126);
 }
 
-// Every number that is asked for waits; the others go on.
+// Calls with these numbers wait for the listener; all others go on.
 int install_filter(const std::vector<int> &numbers) {
     std::vector<sock_filter> program = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
@@ -35,20 +35,21 @@ int install_filter(const std::vector<int> &numbers) {
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
         refuse("no_new_privs");
     }
-    // A signal does not take a waiting call away: it would come a second time.
+    // Only fatal signals interrupt a waiting call; otherwise it would be restarted and be seen
+    // twice.
     return static_cast<int>(syscall(
         SYS_seccomp, SECCOMP_SET_MODE_FILTER,
         SECCOMP_FILTER_FLAG_NEW_LISTENER | SECCOMP_FILTER_FLAG_WAIT_KILLABLE_RECV, &filter));
 }
 
-// A descriptor on its way through a socket (unix(7), SCM_RIGHTS).
-struct passage {
+// A message with a descriptor, to be sent through a socket (unix(7), SCM_RIGHTS).
+struct descriptor_message {
     char byte = 0;
     iovec content = {&byte, 1};
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
     msghdr message = {};
 
-    passage() {
+    descriptor_message() {
         message.msg_iov = &content;
         message.msg_iovlen = 1;
         message.msg_control = control;
@@ -56,8 +57,8 @@ struct passage {
     }
 };
 
-void pass(int socket_fd, int descriptor) {
-    passage way;
+void send_descriptor(int socket_fd, int descriptor) {
+    descriptor_message way;
     cmsghdr *header = CMSG_FIRSTHDR(&way.message);
     header->cmsg_level = SOL_SOCKET;
     header->cmsg_type = SCM_RIGHTS;
@@ -68,8 +69,8 @@ void pass(int socket_fd, int descriptor) {
     }
 }
 
-int passed(int socket_fd) {
-    passage way;
+int receive_descriptor(int socket_fd) {
+    descriptor_message way;
     int descriptor;
     if (recvmsg(socket_fd, &way.message, MSG_CMSG_CLOEXEC) <= 0 ||
         CMSG_FIRSTHDR(&way.message) == nullptr) {
@@ -97,27 +98,27 @@ int start_observed(char **command, const std::vector<int> &numbers, pid_t *progr
         if (listener < 0) {
             refuse("seccomp");
         }
-        pass(ends[1], listener);
+        send_descriptor(ends[1], listener);
         close(listener);
         execv(command[0], command);
         refuse(command[0]);
     }
     close(ends[1]);
-    const int listener = passed(ends[0]);
+    const int listener = receive_descriptor(ends[0]);
     close(ends[0]);
     return listener;
 }
 
-bool take_call(int listener, seccomp_notif *call) {
+bool next_call(int listener, seccomp_notif *call) {
     *call = {};
     return ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, call) == 0;
 }
 
-void let_go(int listener, const seccomp_notif &call) {
+void allow_call(int listener, const seccomp_notif &call) {
     answer(listener, call, 0, SECCOMP_USER_NOTIF_FLAG_CONTINUE);
 }
 
-void let_fail(int listener, const seccomp_notif &call, int error) {
+void fail_call(int listener, const seccomp_notif &call, int error) {
     answer(listener, call, error, 0);
 }
 

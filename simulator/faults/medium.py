@@ -1,4 +1,4 @@
-"""A whole update on storage that was cut at every moment: what a unit would find there."""
+"""Whole updates on storage whose power is cut at every moment: what a unit would find there."""
 
 import collections
 import os
@@ -8,16 +8,16 @@ import tempfile
 from machine import Machine
 from unit import archive_of, story, usual_tree
 
-PARTS = ["data", "firmware", "reserve", "update"]  # of the tree, that outlive a reboot
+PARTS = ["data", "firmware", "reserve", "update"]  # the parts of the tree that survive a reboot
 INSTALLED, FALLBACK = "/data/sbin/renewer", "/data/sbin/update/renewer"
 NAMED = ("/firmware/", "/data/app/log/update.log", INSTALLED, FALLBACK)
 INSTALL_SCRIPT = "#!/bin/sh\necho installing\necho done > /firmware/installed\n"
 ACKNOWLEDGED = (3000, "runs sh -c touch /tmp/update_over", "remove /tmp/update_over")
-# Between two changes the unit rests so long that what was changed reaches the medium by itself.
+# A rest between two changes that is long enough for the first to reach the medium by itself.
 REST_S = 6
 QUICK_WRITING = "echo 100 > /proc/sys/vm/dirty_expire_centisecs\n"
-# The run replaces the file that it was started from without opening it; another one is copied over
-# by cp, which empties it first.
+# The run replaces the file that it was started from by a rename; another one is overwritten by cp,
+# which truncates it first.
 STARTS = {"the installed copy": INSTALLED, "another copy": "/usr/sbin/renewer"}
 
 
@@ -26,8 +26,8 @@ def lasting(tree):
 
 
 class Medium:
-    """One kind of storage. `play(start, rest)` yields (how often, the files there were by path, as
-    anything that can be compared) for each moment, None for files that cannot be read."""
+    """One kind of storage. `play(name, start, rest)` runs an update and returns what is known of
+    the files before it, and for each moment the files by path, or None if they cannot be read."""
 
     def __init__(self, build, arm_build, modules, own_modules=()):
         self.build, self.arm_build = build, arm_build
@@ -55,8 +55,8 @@ class Medium:
 
 
 def verdict_on(files, known):
-    """What does not hold of a state; `known`: what a file of the tree before must be like, by path,
-    and the old and the new updater."""
+    """Returns "held", "window" or what is wrong with a state. `known`: the files before the run, by
+    path, and the old and the new updater; all of them in any form that can be compared."""
     before, old, new = known
     whole = {path: files.get(path) in (old, new) for path in (INSTALLED, FALLBACK)}
     if not any(whole.values()):
@@ -68,7 +68,7 @@ def verdict_on(files, known):
 
 
 def sweep(medium, name, program, start, rest):
-    """Counts what came of each moment, and what did not hold."""
+    """Counts the results of all moments, and lists what did not hold."""
     count, broken, states = collections.Counter(), [], {}
     known, moments = medium.play(f"{name}_{rest}", start, rest)
     for files in moments:
@@ -91,7 +91,8 @@ def sweep(medium, name, program, start, rest):
 
 
 def second_start(medium, files, known, program):
-    """A run on the desk from what was left; the updaters are the desk's, what is torn is as long."""
+    """Starts the updater on the desk with what was left. The desk's updaters replace the whole
+    ones; a torn one keeps its length."""
     _, old, new = known
     with tempfile.TemporaryDirectory() as folder:
         for path, found in files.items():

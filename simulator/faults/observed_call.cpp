@@ -30,7 +30,7 @@ struct known_call {
 
 using enum subject_kind;
 
-// What 32-bit ARM has under names of its own (arch/arm/tools/syscall.tbl).
+// Calls that have different names on 32-bit ARM (arch/arm/tools/syscall.tbl).
 #ifdef __arm__
 #define SYS_newfstatat SYS_fstatat64
 #define SYS_mmap SYS_mmap2
@@ -96,7 +96,7 @@ size_t read_memory(pid_t process, uint64_t address, void *to, size_t size) {
 
 std::string text_at(pid_t process, uint64_t address) {
     char text[4096] = {};
-    // Up to the end of its page: what follows may not be there.
+    // Not beyond the page: the next one may not be mapped.
     read_memory(process, address, text, std::min<size_t>(sizeof(text) - 1, 4096 - address % 4096));
     return text;
 }
@@ -143,8 +143,8 @@ bool outlives_reboot(const std::string &path) {
     return begins_with_one_of(path, {"/data", "/firmware", "/update", "/reserve", "/media"});
 }
 
-// What every dynamic program reads before its first own instruction, and what carries its output.
-bool is_nobodys_concern(const std::string &subject) {
+// Files that the loader reads in every dynamic program, and the channels of its output.
+bool is_irrelevant(const std::string &subject) {
     return begins_with_one_of(subject, {"/lib", "/usr/lib", "/etc/ld.so", "/.simulator", "/proc",
                                         "/dev/null", "socket:", "pipe:", "anon_inode"});
 }
@@ -171,7 +171,7 @@ const std::vector<int> &observed_numbers() {
     return numbers;
 }
 
-// A process that becomes another program is another one.
+// After an exec it counts as another process.
 call_book::process &call_book::process_of(pid_t number) {
     process &one = processes[number];
     if (const std::string line = command_line(number); line != one.command || one.name.empty()) {
@@ -188,7 +188,7 @@ bool call_book::enter(const seccomp_notif &notified, observed_call *entry) {
     const std::string subject = subject_of(call, caller, notified.data);
     const bool polls = who.find("check_update_over") != std::string::npos && !who.ends_with("#1");
     const bool anonymous = (notified.data.args[3] & MAP_ANONYMOUS) != 0 && is_program(who);
-    if (polls || is_nobodys_concern(subject) ||
+    if (polls || is_irrelevant(subject) ||
         (call.subject == memory && (!anonymous || !maker.loaded))) {
         return false;
     }
@@ -205,7 +205,7 @@ bool call_book::enter(const seccomp_notif &notified, observed_call *entry) {
     return true;
 }
 
-// Copies of the process's descriptors share its offsets (pidfd_getfd(2)).
+// Works on copies of the process's descriptors, which share their offsets (pidfd_getfd(2)).
 void do_half(const seccomp_notif &notified) {
     const auto process = static_cast<pid_t>(notified.pid);
     const auto &arguments = notified.data.args;
@@ -224,7 +224,7 @@ void do_half(const seccomp_notif &notified) {
     const bool sends = notified.data.nr == SYS_sendfile;
     const auto from = copy_of(arguments[sends ? 1 : 0]);
     const auto to = copy_of(arguments[sends ? 0 : 2]);
-    // The caller may ask for as much as there is: the half is of what is there.
+    // The caller may request more than the file holds; half of what it holds is copied.
     const off_t size = lseek(from.get(), 0, SEEK_END);
     lseek(from.get(), 0, SEEK_SET);
     done = sendfile(to.get(), from.get(), nullptr, static_cast<size_t>(size) / 2);

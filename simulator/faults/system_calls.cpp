@@ -3,10 +3,11 @@
 //
 // system_calls MODEL start FOLDER
 //
-// The first prints the calls of an undisturbed run, as fault_runner writes them down. The second
-// lets one of them fail, or the power go at it, and prints in one line what came of it: "seen" or
-// "not seen", and what did not hold, or "held". The third starts the updater on the storage in a
-// folder, where files that hold "old" or "new" stand for the updaters, and prints the same of it.
+// The first prints the calls of an undisturbed run, as fault_runner records them. The second makes
+// one of them fail, or cuts the power at it, and prints the result in one line: "seen" or "not
+// seen", and what did not hold, or "held". The third starts the updater with the storage in a
+// folder, in which files with the content "old" or "new" stand for the updaters, and prints what
+// did not hold, or "held".
 
 #include "simulator/unit/outcome.h"
 #include "simulator/unit/unit.h"
@@ -25,7 +26,7 @@ namespace {
 
 constexpr const char installed[] = "/data/sbin/renewer";
 constexpr const char fallback[] = "/data/sbin/update/renewer";
-constexpr const char done[] = "/firmware/installed"; // the script's last act
+constexpr const char done[] = "/firmware/installed"; // written last by the script
 
 std::string read(const fs::path &path) {
     std::ifstream file(path, std::ios::binary);
@@ -50,7 +51,7 @@ unit usual_unit(const std::string &model) {
     return it;
 }
 
-// The LED unit runs the installed copy, the screen unit another one.
+// The LED unit starts the installed copy, the screen unit another one.
 const char *started_from(const std::string &model) {
     return model == "13" ? installed : "/tmp/renewer";
 }
@@ -59,7 +60,7 @@ outcome run(unit &it, const char *started) {
     return it.run({started, "5", "/firmware/update"});
 }
 
-// The storage of a unit, as it was left in the folder `root`.
+// Fills the unit's storage from the folder `root`.
 void leave_as(unit &it, const fs::path &root) {
     for (const char *part : {"/data", "/firmware", "/update", "/reserve", "/media"}) {
         it.without(part).directory(part);
@@ -86,7 +87,7 @@ bool is_whole(const std::optional<std::string> &copy) {
     return copy == old_updater || copy == new_updater;
 }
 
-// A list of what did not hold.
+// Collects what did not hold.
 class verdict {
 public:
     void expect(bool held, const std::string &what) {
@@ -94,13 +95,13 @@ public:
             text += (text.empty() ? "" : ", ") + what;
         }
     }
-    std::string told() const { return text.empty() ? "held" : text; }
+    std::string summary() const { return text.empty() ? "held" : text; }
 
 private:
     std::string text;
 };
 
-// Paths that a run may make, change or remove; everything else stays as it was.
+// Paths that a run may create, change or remove; everything else must stay unchanged.
 bool is_named(const std::string &path) {
     return path.starts_with("/firmware/") || path.starts_with("/data/app/log/update.log") ||
            path.starts_with("/data/sbin/update") || path.starts_with(installed);
@@ -122,7 +123,7 @@ void check_copies(const outcome &end, bool cut, const std::string &key, verdict 
     const bool first = is_whole(end.file(installed));
     const bool second = is_whole(end.file(fallback));
     found.expect(first || second, "no usable copy");
-    // The ordered command empties the file before it fills it.
+    // cp truncates the installed copy before it writes it: the one window without it.
     const bool in_window = cut && key.find("cp /firmware/renewer.bin /data/sbin/renewer") == 0;
     found.expect(first || in_window, "installed copy torn");
     if (!first && second && in_window) {
@@ -140,14 +141,14 @@ void check_end(const outcome &end, verdict &found) {
     found.expect(!success || end.file(done) == "done\n", "success without the script's");
 }
 
-// What does not hold of a start from what was left.
+// Starts the updater once more with what was left; returns what did not hold.
 std::string second_start(const std::string &model, const fs::path &root) {
     const std::string copy = read(root / (installed + 1));
     const bool usable = is_whole(copy) || copy == "old" || copy == "new";
     const char *started = usable ? installed : fallback;
     unit again = usual_unit(model);
     leave_as(again, root);
-    again.directory("/data/app/log"); // a folder that was empty may not have come with the rest
+    again.directory("/data/app/log"); // empty folders may not have been copied
     const outcome end = run(again, started);
     verdict found;
     check_end(end, found);
@@ -155,7 +156,7 @@ std::string second_start(const std::string &model, const fs::path &root) {
     const bool whole_update = fs::exists(root / "firmware/update/install.sh") &&
                               fs::exists(root / "firmware/update/renewer.bin");
     found.expect(!whole_update || end.file(installed) == new_updater, "not renewed");
-    return found.told();
+    return found.summary();
 }
 
 int fault(const std::string &model, const std::string &key, const std::string &what) {
@@ -175,7 +176,7 @@ int fault(const std::string &model, const std::string &key, const std::string &w
         found.expect(second == "held", "second start: " + second);
     }
     const bool seen = !end.file("/.simulator/calls").value_or("").empty();
-    printf("%s\t%s\n", seen ? "seen" : "not seen", found.told().c_str());
+    printf("%s\t%s\n", seen ? "seen" : "not seen", found.summary().c_str());
     return 0;
 }
 
@@ -188,8 +189,9 @@ int calls(const std::string &model) {
     check_copies(end, false, "", found);
     check_rest(end, found);
     found.expect(end.file(installed) == new_updater, "not renewed");
-    if (found.told() != "held") {
-        fprintf(stderr, "undisturbed run: %s\n%s", found.told().c_str(), end.transcript().c_str());
+    if (found.summary() != "held") {
+        fprintf(stderr, "undisturbed run: %s\n%s", found.summary().c_str(),
+                end.transcript().c_str());
         return 1;
     }
     fputs(end.file("/.simulator/calls").value_or("").c_str(), stdout);

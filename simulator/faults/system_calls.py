@@ -1,5 +1,5 @@
-"""Every system call of a run, and of the commands that it runs, fails in turn, and the unit's power
-goes before, after and half way through each that changes storage."""
+"""Lets every system call of a run, and of the commands that it runs, fail in turn, and cuts the
+unit's power before, after and halfway through each one that changes storage."""
 
 import collections
 import concurrent.futures
@@ -13,10 +13,10 @@ ERRORS = {
     "24": "too many files",
     "28": "no space",
 }
-# What cannot hold, and why: the shell takes a script that cannot be read for one that ends there.
+# Failures with an explanation: for the shell, a script that cannot be read further ends there.
 EXPLAINED = {("/bin/sh /firmware/install.sh #1|read|1", "5")}
 TRIES = 3
-ALIKE = 3  # calls of one process by one name on one file are tried so often
+ALIKE = 3  # how many calls of one name on one file are tried per process
 
 
 def lines_of(program, *arguments):
@@ -44,8 +44,8 @@ def cases_of(program, model):
 
 
 def outcome_of(program, case):
-    """Whether the fault was seen, and what came of it. Threads do not run alike each time: a call
-    that was not made this time may be made the next."""
+    """Returns whether the fault occurred, and the result. Threads are scheduled differently each
+    time: a call that was not made this time may be made the next time."""
     for _ in range(TRIES):
         (line,) = lines_of(program, case[0], "fault", *case[1:])
         seen, outcome = line.split("\t")
@@ -55,7 +55,7 @@ def outcome_of(program, case):
 
 
 def sweep(program, stride=1):
-    """Counts, by model and kind of fault, of what came of each, and what did not hold."""
+    """Counts the results by model and kind of fault, and lists what did not hold."""
     cases = [case for model in ["13", "16"] for case in cases_of(program, model)][::stride]
     counts = collections.defaultdict(collections.Counter)
     broken = []

@@ -1,4 +1,4 @@
-"""The power goes after every page program and every erase of a NAND flash with UBIFS, and half way
+"""Cuts the power after every page program and every erase of a NAND flash with UBIFS, and halfway
 through each."""
 
 import os
@@ -30,7 +30,7 @@ renewer-flash cuts /result/cuts
 
 
 def hash_of(content):
-    """FNV-1a, 64 bits, as renewer-flash makes it."""
+    """FNV-1a, 64 bits, as in renewer-flash."""
     value = 0xCBF29CE484222325
     for byte in content:
         value = (value ^ byte) * 0x100000001B3 & 0xFFFFFFFFFFFFFFFF
@@ -43,8 +43,8 @@ def identity(content):
 
 
 def build_module(source, folder):
-    """The module, built against the packaged headers of the very kernel; they are unpacked where no
-    path of theirs leads to, which is mended."""
+    """Builds the module with the packaged headers of the machine's kernel. The headers expect to be
+    installed; here they are only unpacked, so a Makefile leads to the common part."""
     depends = run(["apt-cache", "depends", "linux-headers-armmp:armhf"])
     headers = re.search(r"Depends: (linux-headers-\S+-armmp)", depends).group(1)
     further = run(["apt-cache", "depends", f"{headers}:armhf"])
@@ -109,6 +109,6 @@ class Ubifs(Medium):
         return {path: found for path, found in (file.split(" ", 1) for file in files)}
 
     def content_of(self, _, found):
-        """What is known by its hash; else as many bytes."""
+        """The content with this hash; if unknown, as many zero bytes."""
         content = self.contents.get(found, bytes(int(found.split(" ")[0])))
         return content.encode() if isinstance(content, str) else content

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0 OR MIT
 //
-// A NAND flash in memory that remembers every page program and every erase, so that it can be put
-// back to how it was after each of them, or half way through.
+// A NAND flash in memory that records every page program and every erase, so that its state after
+// each of them, or halfway through it, can be restored.
 //
-// "/proc/recorded_flash": writing "begin" takes what is on the flash as the beginning; writing
-// "<n>" puts it back to how it was after n operations, and "<n> half" to half way through the next
-// one. Reading tells how many operations there have been. Nothing may use the flash meanwhile.
+// "/proc/recorded_flash": writing "begin" takes the present content as the initial state; writing
+// "<n>" restores the state after n operations, and "<n> half" the state halfway through the next
+// one. Reading returns the number of operations. Nothing may use the flash meanwhile.
 
 #include <linux/module.h>
 #include <linux/mtd/mtd.h>

@@ -1,8 +1,10 @@
-// renewer-flash attach          takes the first flash into use, with one volume "storage" on it
-// renewer-flash cuts RESULTS    puts the flash back to each of its moments (see recorded_flash.c),
-//                               mounts it there, and writes down what files it has: a line for each
-//                               moment, "<operations> <whole|half>" and then, divided by tabs,
-//                               "<path> <bytes> <hash>" for each file; or "cannot be mounted"
+// renewer-flash attach
+//     Attaches the first flash to UBI and makes one volume "storage" on it.
+//
+// renewer-flash cuts RESULTS
+//     Restores each of the flash's recorded states (see recorded_flash.c), mounts it and writes its
+//     files to RESULTS, one line per state: "<operations> <whole|half>" and then, after a tab each,
+//     "<path> <bytes> <hash>" for a file, or "cannot be mounted".
 
 #include "platform/owner.h"
 #include "simulator/unit/failure.h"
@@ -26,7 +28,7 @@ namespace {
 constexpr char mount_point[] = "/media";
 constexpr char flash_file[] = "/proc/recorded_flash";
 
-// The flash's UBI device is the first, too.
+// Its UBI device gets number 0, too.
 bool attach() {
     const renewer::owned_descriptor control(open("/dev/ubi_ctrl", O_RDWR | O_CLOEXEC));
     ubi_attach_req request = {};
@@ -69,29 +71,29 @@ uint64_t hash_of(const std::string &content) {
 }
 
 std::string files_of(const fs::path &top) {
-    std::string told;
+    std::string text;
     for (const auto &entry : fs::recursive_directory_iterator(top)) {
         if (entry.is_regular_file()) {
             std::ifstream file(entry.path(), std::ios::binary);
             const std::string content{std::istreambuf_iterator<char>(file), {}};
-            told += "\t/" + fs::relative(entry.path(), top).string() + " " +
+            text += "\t/" + fs::relative(entry.path(), top).string() + " " +
                     std::to_string(content.size()) + " " + std::to_string(hash_of(content));
         }
     }
-    return told;
+    return text;
 }
 
 std::string look_at(const std::string &moment) {
     std::ofstream(flash_file) << moment;
-    std::string told = "\tcannot be mounted";
+    std::string text = "\tcannot be mounted";
     if (attach()) {
         if (mount("ubi0:storage", mount_point, "ubifs", 0, nullptr) == 0) {
-            told = files_of(mount_point);
+            text = files_of(mount_point);
             umount(mount_point);
         }
         detach();
     }
-    return told;
+    return text;
 }
 
 void look_at_all(const char *results) {

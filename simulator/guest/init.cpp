@@ -1,7 +1,7 @@
-// The first process of a unit that is played on a kernel of its own: makes the devices that the
-// machine has not got, tells what happens, plays the user and the rest of the unit from
-// "/etc/story", and hands everything over when the unit reboots. The scripts
-// "/etc/storage" and "/etc/after", where there are such, run before the story and after it.
+// The first process of a unit that runs on a kernel of its own. It creates the devices that the
+// machine lacks, records what happens, plays the user and the rest of the unit as "/etc/story"
+// says, and hands over the results when the unit reboots. The scripts "/etc/storage" and
+// "/etc/after", if present, run before and after the story.
 
 #include "platform/owner.h"
 #include "simulator/guest/story.h"
@@ -33,7 +33,7 @@ constexpr mount_point mounts[] = {
     {"tmpfs", "/tmp"},
 };
 
-// Where the unit has drivers that this machine has not, plain files stand in.
+// Plain files replace the drivers that this machine lacks.
 constexpr mount_point stand_ins[] = {
     {"tmpfs", "/sys/bus/iio/devices"},
     {"tmpfs", "/sys/kernel/debug"},
@@ -60,8 +60,8 @@ void set_up() {
     run("[ ! -e /etc/storage ] || sh /etc/storage");
 }
 
-// Ahead of every other process; what it starts is as usual.
-void look_first() {
+// Gives this process precedence over all others; its children start with normal scheduling.
+void run_before_others() {
     sched_param parameters = {};
     parameters.sched_priority = 1;
     if (sched_setscheduler(0, SCHED_FIFO | SCHED_RESET_ON_FORK, &parameters) != 0) {
@@ -69,7 +69,7 @@ void look_first() {
     }
 }
 
-// The unit's main application, which only has to be there; it is this program under another name.
+// The unit's main application only has to exist; it is this program under another name.
 bool is_application(const char *name) {
     return std::string_view(name).ends_with("S080_application");
 }
@@ -83,7 +83,7 @@ int main(int, char **arguments) {
     int how = RB_POWER_OFF;
     try {
         set_up();
-        look_first();
+        run_before_others();
         how = play_story("/etc/story", "/result") == ending::reboot ? RB_AUTOBOOT : RB_POWER_OFF;
         run("[ ! -e /etc/after ] || sh /etc/after");
         run("tar c -C / result data firmware reserve update tmp > $(ls /dev/vport*)");

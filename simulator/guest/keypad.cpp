@@ -9,7 +9,7 @@ namespace simulator {
 
 namespace {
 
-constexpr int last_code = 8; // the panel's keys are on the codes 2 to 8
+constexpr int last_code = 8; // the panel's keys have the codes 2 to 8
 
 } // namespace
 

@@ -7,14 +7,13 @@
 
 namespace simulator {
 
-// An input device of the kernel's whose keys this process presses (uinput).
+// An input device of the kernel whose keys this process presses (uinput).
 class keypad {
 public:
-    // The first one made is "/dev/input/event0", the next one event1. Throws when the kernel
-    // refuses.
+    // The first one becomes "/dev/input/event0", the next one event1. Throws if the kernel refuses.
     explicit keypad(const char *name);
 
-    // One key event and its synchronisation event. `value`: 1 press, 0 release.
+    // Sends a key event and its synchronisation event. `value`: 1 press, 0 release.
     void event(uint16_t code, int32_t value);
 
 private:

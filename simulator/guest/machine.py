@@ -1,7 +1,7 @@
-"""A unit on a kernel of its own: Debian's ARM kernel in QEMU.
+"""Runs a unit on a kernel of its own: Debian's ARM kernel in QEMU.
 
-The kernel and the guest's programs come from Debian packages that are unpacked, never installed.
-The guest's clock runs as its processor does, so waits cost nothing and times repeat.
+The kernel and the guest's programs come from Debian packages, which are unpacked, not installed.
+The guest's clock counts its instructions, so waits cost nothing and times are reproducible.
 """
 
 import fcntl
@@ -35,7 +35,7 @@ def run(command, **how):
 
 
 def unpack(packages, folder):
-    """Downloads and unpacks packages, once."""
+    """Downloads and unpacks packages, unless that has been done."""
     for package in packages:
         mark = f"{folder}/.{package}"
         if not os.path.exists(mark):
@@ -48,12 +48,12 @@ def unpack(packages, folder):
 
 
 def kernel_package():
-    """The package that the one without a version stands for today."""
+    """The present kernel package, on which the one without a version depends."""
     return re.search(r"Depends: (linux-image-\S+)", run(["apt-cache", "depends", KERNEL])).group(1)
 
 
 def device_tree(path):
-    """The machine's own, with LEDs on its GPIO lines in place of the key that QEMU puts there."""
+    """The machine's own device tree, with LEDs on GPIO lines instead of QEMU's power key."""
     run(
         QEMU[:2] + [f"virt,dumpdtb={path}"] + QEMU[3:] + ["-display", "none"],
         stderr=subprocess.DEVNULL,
@@ -69,8 +69,8 @@ def device_tree(path):
 
 
 class Archive:
-    """An initial file system: a cpio archive in the kernel's "newc" format; several may follow
-    each other."""
+    """An initial file system: a cpio archive in the kernel's "newc" format; several can be
+    concatenated."""
 
     def __init__(self):
         self.content = bytearray()
@@ -107,8 +107,8 @@ class Archive:
 
 
 class Machine:
-    """The machine, set up in a folder that keeps what was downloaded. `build` holds the programs
-    for the unit; `modules` are further ones of the kernel's, `own_modules` files."""
+    """The machine, set up in a folder that keeps the downloads. `build` has the programs for the
+    unit; `modules` are further kernel modules by name, `own_modules` by file."""
 
     def __init__(self, folder, build, modules=(), own_modules=()):
         self.folder = folder = os.path.abspath(folder)
@@ -172,7 +172,7 @@ class Machine:
         archive.file("/etc/modules", "".join(os.path.basename(path) + "\n" for path in paths))
 
     def play(self, name, archive, options=()):
-        """Runs the machine with a further archive until it ends. Returns the lines of its console
+        """Runs the machine with an additional archive until it ends. Returns the console's output
         and the files that it handed over, by path (None for a directory)."""
         folder = f"{self.folder}/runs/{name}"
         os.makedirs(folder, exist_ok=True)

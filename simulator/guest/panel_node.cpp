@@ -39,7 +39,7 @@ fuse_ioctl_iovec memory_of_caller(uint64_t address, uint64_t size) {
 struct panel_node::request {
     uint64_t unique;
     fuse_ioctl_in control;
-    std::span<const uint8_t> input; // what was fetched from the caller's memory
+    std::span<const uint8_t> input; // fetched from the caller's memory
 };
 
 panel_node::panel_node(const char *name, sa1230_panel &behind)
@@ -48,7 +48,7 @@ panel_node::panel_node(const char *name, sa1230_panel &behind)
     if (device.get() < 0) {
         fail("/dev/cuse");
     }
-    answer(); // the first request asks for the node's name; the node is there after that
+    answer(); // the first request is for the node's name; its answer creates the node
 }
 
 void panel_node::reply(uint64_t unique, int error, std::span<const uint8_t> content) {
@@ -63,8 +63,8 @@ void panel_node::reply(uint64_t unique, int error, std::span<const uint8_t> cont
     }
 }
 
-// Has the kernel fetch these parts of the caller's memory, and make room for the answer in those,
-// and send the request again.
+// Asks the kernel to repeat the request with the content of `inputs`, parts of the caller's memory,
+// and with room for an answer that it copies to `outputs`.
 void panel_node::ask_for(uint64_t unique, std::span<const fuse_ioctl_iovec> inputs,
                          std::span<const fuse_ioctl_iovec> outputs) {
     fuse_ioctl_out answer = {};
@@ -142,7 +142,7 @@ void panel_node::answer() {
         answer_control(asked);
         break;
     }
-    case FUSE_INTERRUPT: // of a request that has been answered by then
+    case FUSE_INTERRUPT: // refers to a request that has been answered already
         break;
     default:
         reply(header.unique, ENOSYS, {});

@@ -13,16 +13,16 @@ struct fuse_ioctl_iovec;
 
 namespace simulator {
 
-// The SPI device node of a panel, on a kernel without that panel: a character device whose requests
-// come to this process (CUSE, linux/fuse.h). It takes the spidev requests and, as the unit's SPI
-// driver does, the data/command level as a plain integer.
+// The SPI device node of a panel, on a machine without that panel: a character device whose
+// requests are answered by this process (CUSE, linux/fuse.h). It takes the spidev requests and,
+// like the unit's SPI driver, the data/command level as a plain integer.
 class panel_node {
 public:
-    // Makes the node "/dev/<name>"; `behind` stands for as long as this. Throws when the kernel
+    // Makes the node "/dev/<name>"; `behind` must outlive this object. Throws if the kernel
     // refuses.
     panel_node(const char *name, sa1230_panel &behind);
 
-    // Becomes readable when a request has come in.
+    // A descriptor that becomes readable when a request has arrived.
     int incoming() const { return device.get(); }
 
     // Answers the next request.

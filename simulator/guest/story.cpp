@@ -23,16 +23,15 @@ namespace fs = std::filesystem;
 using clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-// How long after the request for a reboot the program may go on, as the rest of a unit would let
-// it.
+// How long the program may go on after it has requested the reboot, as in a real unit.
 constexpr auto last_moments = 2s;
 
-// What reboot(8) sends to the first process.
+// The signal that reboot(8) sends to the first process.
 constexpr int reboot_request = SIGTERM;
 
 constexpr auto held_for = 100ms; // a key
 
-struct happening {
+struct planned_action {
     clock::duration delay;
     std::string line;
     std::string action;
@@ -75,7 +74,7 @@ private:
     renewer::owned_descriptor signals, out, err;
     std::string out_line, err_line;
     std::string command;
-    std::vector<happening> happenings;
+    std::vector<planned_action> actions;
     pid_t application = -1, program = -1;
     std::optional<clock::time_point> end_due;
     ending how = ending::power_off;
@@ -91,12 +90,12 @@ void player::read(const fs::path &story) {
             std::getline(parts, command);
             continue;
         }
-        happening next = {};
+        planned_action next = {};
         std::getline(parts, delay, '\t');
         std::getline(parts, next.line, '\t');
         std::getline(parts, next.action);
         next.delay = std::chrono::milliseconds(std::stol(delay));
-        happenings.push_back(next);
+        actions.push_back(next);
     }
 }
 
@@ -105,7 +104,7 @@ void player::note(const std::string &line) {
     time_line << std::fixed << std::setprecision(4)
               << std::chrono::duration<double>(now - began).count() << ' ' << line << '\n';
     time_line.flush();
-    for (happening &next : happenings) {
+    for (planned_action &next : actions) {
         if (!next.due && line.find(next.line) != std::string::npos) {
             next.due = now + next.delay;
         }
@@ -120,7 +119,7 @@ void player::note_printed(renewer::owned_descriptor &stream, const char *kind,
     char text[4096];
     const ssize_t length = ::read(stream.get(), text, sizeof(text));
     if (length <= 0) {
-        stream.reset(); // all who had its other end are gone
+        stream.reset(); // nobody has its other end open any more
     }
     for (ssize_t i = 0; i < length; ++i) {
         if (text[i] == '\n') {
@@ -132,7 +131,7 @@ void player::note_printed(renewer::owned_descriptor &stream, const char *kind,
     }
 }
 
-// Starts a program; -1 for a stream leaves it on the console.
+// Starts a program. A stream of -1 stays on the console.
 pid_t started(const std::string &line, int out_stream, int err_stream) {
     const pid_t child = fork();
     if (child < 0) {
@@ -150,7 +149,7 @@ pid_t started(const std::string &line, int out_stream, int err_stream) {
     return child;
 }
 
-// Both ends close when a program is started, but for the copies that it is given.
+// Programs inherit neither end, except as their standard output or error.
 std::pair<int, int> stream() {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
@@ -219,7 +218,7 @@ void player::perform(const std::string &action) {
         fs::remove(argument);
     } else if (word == "press") {
         keys.event(code_of(argument), 1);
-        happenings.push_back({{}, "", "release " + argument, clock::now() + held_for});
+        actions.push_back({{}, "", "release " + argument, clock::now() + held_for});
     } else if (word == "release") {
         keys.event(code_of(argument), 0);
     }
@@ -227,18 +226,18 @@ void player::perform(const std::string &action) {
 
 void player::act() {
     const auto now = clock::now();
-    for (size_t i = 0; i < happenings.size(); ++i) { // what is performed may add to them
-        if (happenings[i].due <= now && happenings[i].due && !happenings[i].done) {
-            happenings[i].done = true;
-            perform(std::string(happenings[i].action));
+    for (size_t i = 0; i < actions.size(); ++i) { // an action may add another one
+        if (actions[i].due <= now && actions[i].due && !actions[i].done) {
+            actions[i].done = true;
+            perform(std::string(actions[i].action));
         }
     }
 }
 
-// Until the next moment that is known, rounded up; -1 when none is.
+// Milliseconds until the next known moment, rounded up; -1 if there is none.
 int player::wait_ms() const {
     std::optional<clock::time_point> next = end_due;
-    for (const happening &coming : happenings) {
+    for (const planned_action &coming : actions) {
         if (!coming.done && coming.due && (!next || *coming.due < *next)) {
             next = coming.due;
         }

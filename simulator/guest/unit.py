@@ -1,4 +1,4 @@
-"""The file tree of a unit for the machine, and its story (see story.h)."""
+"""A unit's file tree for the machine, and its story (see story.h)."""
 
 import os
 
@@ -9,7 +9,7 @@ ADC = "/unit/sys/bus/iio/devices/iio:device0"
 
 
 def battery_count(volts):
-    """The raw count of the converter behind a voltage of the whole battery."""
+    """The converter's raw count for a voltage of the whole battery."""
     return f"{round(volts * 1023 / (5.255 * 1.8))}\n"
 
 
@@ -18,8 +18,8 @@ def external_count(volts):
 
 
 def usual_tree(model, program):
-    """What a unit of a model ("13": LEDs, "16": screen) has, by path. The update brings a newer
-    copy of the program, which runs like it."""
+    """The files of a unit of a model ("13": LEDs, "16": screen), by path. The update brings a newer
+    copy of the program, which behaves the same."""
     with open(program, "rb") as file:
         updater = file.read()
     tree = {
@@ -38,15 +38,15 @@ def usual_tree(model, program):
     return tree
 
 
-def story(command, happenings):
-    """`happenings`: (milliseconds, part of a line, action)."""
+def story(command, actions):
+    """`actions`: (milliseconds, part of a line, action)."""
     return f"start\t{command}\n" + "".join(
-        f"after\t{delay}\t{line}\t{action}\n" for delay, line, action in happenings
+        f"after\t{delay}\t{line}\t{action}\n" for delay, line, action in actions
     )
 
 
 def archive_of(tree):
-    """The tree as an archive; a path whose content is None is left out."""
+    """The tree as an archive. For a path with content None only its directory is made."""
     archive = Archive()
     made = set()
     for path, content in tree.items():

@@ -22,7 +22,7 @@ std::string first_line(const std::string &path) {
     return line;
 }
 
-// The command line of a process, its arguments divided by blanks.
+// The command line of a process, with blanks between the arguments.
 std::string command_of(pid_t process) {
     std::string line = first_line("/proc/" + std::to_string(process) + "/cmdline");
     for (char &c : line) {
@@ -31,7 +31,7 @@ std::string command_of(pid_t process) {
     return line.substr(0, line.find_last_not_of(' ') + 1);
 }
 
-// Asks for the kernel's process events (linux/cn_proc.h).
+// Subscribes to the kernel's process events (linux/cn_proc.h).
 void subscribe(int socket_fd) {
     constexpr proc_cn_mcast_op operation = PROC_CN_MCAST_LISTEN;
     cn_msg connector = {};
@@ -55,8 +55,8 @@ void subscribe(int socket_fd) {
 
 } // namespace
 
-witness::witness(report told)
-    : tell(std::move(told)), changes(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
+witness::witness(reporter reports_to)
+    : report(std::move(reports_to)), changes(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
       events(socket(PF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_CONNECTOR)) {
     for (const auto &led : std::filesystem::directory_iterator(led_class)) {
         const std::string name = led.path().filename();
@@ -69,7 +69,7 @@ witness::witness(report told)
     subscribe(events.get());
 }
 
-// Which file changed does not matter: each is read.
+// It does not matter which file changed: all are read.
 void witness::look_at_leds() {
     char records[4096];
     while (read(changes.get(), records, sizeof(records)) > 0) {
@@ -77,7 +77,7 @@ void witness::look_at_leds() {
     for (auto &[name, value] : leds) {
         const std::string now = first_line(led_class + name + "/brightness");
         if (std::exchange(value, now) != now) {
-            tell("led " + name + " " + now);
+            report("led " + name + " " + now);
         }
     }
 }
@@ -88,7 +88,7 @@ void witness::look_at_processes() {
         proc_event event = {};
         memcpy(&event, message + NLMSG_HDRLEN + sizeof(cn_msg), sizeof(event));
         if (event.what == proc_event::PROC_EVENT_EXEC) {
-            tell("runs " + command_of(event.event_data.exec.process_tgid));
+            report("runs " + command_of(event.event_data.exec.process_tgid));
         }
     }
 }

@@ -10,32 +10,32 @@
 
 namespace simulator {
 
-// Sees what the kernel tells of LEDs and processes, without a hand in either.
+// Observes LEDs and processes through the kernel, without interfering with either.
 //
-// The process that looks must run before the ones it looks at (sched(7), SCHED_FIFO on one
-// processor): then a value is read before the next one is written, and a command line while its
-// process stands at its first instruction.
+// The observing process must have precedence over the observed ones (sched(7), SCHED_FIFO on one
+// processor). Then each value is read before the next one is written, and a command line before its
+// process runs.
 class witness {
 public:
-    // "led Light_Gps 1", "runs sync": what was seen, for the time line.
-    using report = std::function<void(const std::string &)>;
+    // Takes a line for the time line: "led Light_Gps 1", "runs sync".
+    using reporter = std::function<void(const std::string &)>;
 
-    // Watches every LED of the LED class, and all programs started from now on. Throws when the
-    // kernel refuses.
-    explicit witness(report told);
+    // Watches all LEDs of the LED class, and all programs started from now on. Throws if the kernel
+    // refuses.
+    explicit witness(reporter reports_to);
 
     int led_changes() const { return changes.get(); }
     int process_events() const { return events.get(); }
 
-    // Tell what has come in.
+    // Report what has happened.
     void look_at_leds();
     void look_at_processes();
 
 private:
-    report tell;
+    reporter report;
     renewer::owned_descriptor changes;
     renewer::owned_descriptor events;
-    std::map<std::string, std::string> leds; // the value of each, as last seen
+    std::map<std::string, std::string> leds; // last value of each
 };
 
 } // namespace simulator

@@ -17,21 +17,21 @@ void let_shells_fail(int count, int status, int reason) {
     boundary::no_shells = {count, "", status, reason};
 }
 
-// What the boundary's library does in its own way in a unit: where records go, how time passes.
+// The in-process version of where records go and how time passes.
 namespace boundary {
 
 bool is_program = true;
 
-void tell(const char *format, ...) {
+void report(const char *format, ...) {
     char line[256];
     va_list arguments;
     va_start(arguments, format);
     vsnprintf(line, sizeof(line), format, arguments);
     va_end(arguments);
-    tell_long(line, "");
+    report_long(line, "");
 }
 
-void tell_long(const char *kind, const char *text) {
+void report_long(const char *kind, const char *text) {
     const int saved_errno = errno;
     const std::string line = std::string(kind) + text;
     if (line.starts_with("ended ")) {
@@ -50,7 +50,7 @@ double pass(double seconds) {
     return 0;
 }
 
-// The time passes at once when nothing is to be read.
+// The time-out expires at once if nothing can be read.
 int wait_for(int count, fd_set *reads, fd_set *writes, fd_set *others, double *seconds) {
     timeval at_once = {};
     const int ready = next<decltype(select)>(real_select)(count, reads, writes, others, &at_once);

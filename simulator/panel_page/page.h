@@ -4,7 +4,7 @@
 
 namespace simulator {
 
-// The files of the page, as they lie in simulator/panel_page/page.
+// The files of simulator/panel_page/page.
 extern const std::string_view page_html;
 extern const std::string_view page_css;
 extern const std::string_view page_js;

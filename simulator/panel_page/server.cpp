@@ -20,11 +20,12 @@ using httplib::Response;
 
 constexpr const char host[] = "127.0.0.1";
 constexpr size_t threads = 24;
-constexpr int most_windows = 16; // each holds a thread for its stream
+constexpr int most_windows = 16; // each one's stream occupies a thread
 constexpr size_t largest_package = 512u << 20;
 constexpr size_t longest_name = 80;
 constexpr auto heartbeat = std::chrono::seconds(5);
-constexpr auto least_pause = std::chrono::milliseconds(30); // so that what comes together goes so
+constexpr auto least_pause =
+    std::chrono::milliseconds(30); // between messages, so that simultaneous events share one
 
 const httplib::Headers headers = {
     {"Content-Security-Policy",
@@ -50,7 +51,7 @@ std::string new_token() {
     return token;
 }
 
-// A name for a file that a browser names; it is a path on the unit too.
+// A safe file name for the one that a browser sends; it becomes part of a path on the unit, too.
 std::string harmless_name(const std::string &named) {
     std::string name;
     for (const char one : named.substr(0, longest_name)) {
@@ -67,7 +68,7 @@ void answer_refusal(Response &answer, const std::string &why) {
     }
 }
 
-// Where a stream that was interrupted goes on: "<run>.<events that were told>".
+// Where an interrupted stream continues: "<run>.<number of events already sent>".
 panel_session::position position_after(const std::string &last_news) {
     panel_session::position from;
     if (sscanf(last_news.c_str(), "%d.%zu", &from.run, &from.events) != 2) {
@@ -81,7 +82,7 @@ public:
     panel_server(panel_session &served, int port, const fs::path &work_directory)
         : session(served), work(work_directory) {
         web.new_task_queue = [] { return new httplib::ThreadPool(threads); };
-        web.set_keep_alive_timeout(1); // the longest that stopping waits for a window
+        web.set_keep_alive_timeout(1); // how long stopping may wait for a window
         web.set_default_headers(headers);
         web.set_payload_max_length(largest_package);
         web.set_tcp_nodelay(true);
@@ -105,8 +106,8 @@ public:
     }
 
 private:
-    // A page of another name that leads to this address (DNS rebinding), or that sends forms here,
-    // gets nothing.
+    // Refuses requests from pages of other origins: host names that resolve to this address (DNS
+    // rebinding), and forms of other sites.
     bool is_own(const Request &asked) const {
         const auto own = [&](const std::string &name) {
             return std::ranges::find(own_names, name) != own_names.end();

@@ -47,7 +47,7 @@ picture dark_screen(const std::string &model) {
     return model == "oled" ? ssd1327_panel().seen() : sa1230_panel().seen();
 }
 
-bool is_told(event_kind kind) {
+bool is_shown(event_kind kind) {
     return kind != event_kind::led && kind != event_kind::spi && kind != event_kind::screen;
 }
 
@@ -152,7 +152,7 @@ void panel_session::finish(const std::string &how, const std::string &words) {
     const std::lock_guard lock(guard);
     hand.reset();
     phase = how;
-    ended_words = words;
+    end_text = words;
     held.clear();
     end_marker_stands = false;
     if (phase == "cut") {
@@ -166,7 +166,7 @@ void panel_session::finish(const std::string &how, const std::string &words) {
 
 void panel_session::take(const event &happened) {
     const std::lock_guard lock(guard);
-    if (is_told(happened.kind)) {
+    if (is_shown(happened.kind)) {
         events.push_back(happened);
     }
     if (happened.kind == event_kind::led) {
@@ -267,7 +267,7 @@ std::string panel_session::status() const {
         return "The unit is ready. Set its supplies and start.";
     }
     if (phase != "running") {
-        return ended_words;
+        return end_text;
     }
     if (subject.model == "oled") {
         return "The example is drawing.";

@@ -16,48 +16,49 @@ struct prepared_run {
     std::vector<std::string> arguments;
 };
 
-// What a front panel is the front of.
+// The unit behind a front panel.
 struct panel_subject {
     std::string model; // "led", "screen" or "oled"
     std::filesystem::path package;
-    std::map<std::string, double> volts; // "battery", "external" and "type_c" at the beginning
+    std::map<std::string, double> volts; // initial values of "battery", "external" and "type_c"
     std::string usb_mode = "device";
     double clock_speed = 1;
-    // Makes the unit for a run with the package. Throws std::exception with why it cannot be run.
+    // Makes the unit for a run with the package. Throws std::exception if it cannot be run.
     std::function<prepared_run(const std::filesystem::path &package)> prepare;
 };
 
-// A unit in the hands of whoever looks at its front panel, one run after the other. All operations
-// may be called from any thread.
+// A unit under the control of the user of its front panel, with one run after the other. All
+// operations may be called from any thread.
 class panel_session {
 public:
     explicit panel_session(panel_subject shown);
     ~panel_session(); // ends the run
 
-    // Does what a hand does: "press" and "release" with a key's name, "battery", "external" and
-    // "type_c" with volts, "usb" with "host" or "device", "cut", "acknowledge", "start", which ends
-    // a run that is going on, and "resume", which starts on what a power cut has left. Returns an
-    // empty text, or why that cannot be done.
+    // Performs an action of the user: "press" and "release" with a key's name, "battery",
+    // "external" and "type_c" with volts, "usb" with "host" or "device", "cut", "acknowledge",
+    // "start", which ends a current run first, and "resume", which starts with what a power cut has
+    // left. Returns an empty text, or the reason why it is not possible.
     std::string act(std::string_view what, const std::string &value);
 
     // Starts a run with another package.
     void start_with(const std::filesystem::path &package);
 
-    // How much of the news has been told.
+    // How much of the news a client has received.
     struct position {
         int run = -1;
         size_t events = 0;
         int state = -1;
     };
 
-    // What is new since `from`, as server-sent events (HTML standard, 9.2), and moves `from` there.
-    // Waits so long for news and returns a comment when there are none; nothing after `close`.
+    // Returns the news since `from` as server-sent events (HTML standard, 9.2) and advances `from`.
+    // Waits up to `patience` and returns a comment if there are none; returns nothing after
+    // `close`.
     std::string news(position &from, std::chrono::milliseconds patience);
 
     // What the screen shows.
     picture screen();
 
-    // Ends all waiting for news.
+    // Wakes all that wait for news.
     void close();
 
 private:
@@ -74,9 +75,9 @@ private:
 
     panel_subject subject;
 
-    outcome left; // by a power cut: the tree alone
+    outcome left; // what a power cut left; only its tree is used
 
-    std::mutex starting; // held while a run is ended and another one begun
+    std::mutex starting; // held while one run is ended and another is started
     std::thread runner;
     std::atomic<bool> stop = false;
 
@@ -86,9 +87,9 @@ private:
     bool closed = false;
     int run_number = 0;
     int state_number = 0;
-    std::vector<event> events; // of this run that are told
+    std::vector<event> events; // the events of this run that the page shows
     std::string phase = "off"; // "running", "ended" or "cut"
-    std::string ended_words;
+    std::string end_text;
     run_reading reading;
     std::set<std::string> lit;
     std::set<std::string> held;

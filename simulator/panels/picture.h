@@ -6,7 +6,7 @@
 
 namespace simulator {
 
-// What a panel shows to its user: pixels of red, green and blue, row after row from the top.
+// What a panel shows: pixels of red, green and blue, row by row from the top.
 struct picture {
     int width = 0;
     int height = 0;
@@ -15,13 +15,13 @@ struct picture {
     bool operator==(const picture &) const = default;
 };
 
-// The picture as the bytes of a PNG file. Throws std::runtime_error when that fails.
+// Returns the picture as a PNG file. Throws std::runtime_error on failure.
 std::vector<uint8_t> png_of(const picture &content);
 
-// Writes a PNG file. Throws std::runtime_error when that fails.
+// Writes a PNG file. Throws std::runtime_error on failure.
 void write_png(const std::filesystem::path &path, const picture &content);
 
-// Reads a PNG file. Throws std::runtime_error when that fails.
+// Reads a PNG file. Throws std::runtime_error on failure.
 picture read_png(const std::filesystem::path &path);
 
 } // namespace simulator

@@ -32,7 +32,7 @@ const std::map<int, size_t> parameter_counts = {
 
 constexpr size_t longest_told = 8;
 
-std::string tell(const char *what, std::span<const uint8_t> bytes) {
+std::string log_line(const char *what, std::span<const uint8_t> bytes) {
     std::string line = what;
     if (bytes.size() > longest_told) {
         return line + " " + std::to_string(bytes.size());
@@ -89,9 +89,9 @@ void sa1230_panel::forget() {
 
 std::string sa1230_panel::transfer(std::span<const uint8_t> bytes) {
     const bool pixels = data_level && command == write_memory_start;
-    std::string line = !data_level ? tell("command", bytes)
+    std::string line = !data_level ? log_line("command", bytes)
                        : pixels    ? "pixels " + std::to_string(bytes.size())
-                                   : tell("data", bytes);
+                                   : log_line("data", bytes);
     if (!powered || in_reset || !was_reset) {
         ++counted.unheard;
         return line;
@@ -184,7 +184,7 @@ void sa1230_panel::set_range(range &which, int limit) {
     which = wanted;
 }
 
-// Pixels come high byte first and fill the window row by row; those beyond its end are dropped.
+// Pixels arrive high byte first and fill the window row by row; excess pixels are dropped.
 void sa1230_panel::take_pixel_byte(uint8_t byte) {
     parameters.push_back(byte);
     if (parameters.size() < 2) {
@@ -213,7 +213,7 @@ bool sa1230_panel::shows() const {
     return powered && was_reset && !in_reset && awake && on && brightness > 0;
 }
 
-// The panel is mounted so that its first row is the user's right edge.
+// The panel is mounted with its first row at the user's right edge.
 picture sa1230_panel::seen() const {
     picture result = {rows, columns, std::vector<uint8_t>(size_t{rows} * columns * 3)};
     if (!shows()) {

@@ -11,46 +11,48 @@
 
 namespace simulator {
 
-// The colour LCD of the screen model as its controller sees it: lines and bytes go in, and what the
-// user would see comes out. It executes the commands of the MIPI display command set that a picture
-// needs and counts whatever a real panel would not have understood.
+// A model of the screen unit's colour LCD: it takes the controller's input lines and bytes and
+// returns what the user would see. It executes the commands of the MIPI display command set that a
+// picture needs and counts whatever a real panel would not have understood.
 class sa1230_panel {
 public:
     static constexpr int columns = 126;
     static constexpr int rows = 294;
 
-    // What came that makes no sense; all zero as long as the driver does its work.
+    // Input that makes no sense; all zero as long as the driver is correct.
     struct fault_counts {
         int unheard = 0;          // transfers without power, in reset, or before any reset
         int unknown_commands = 0; // bytes at the command level
-        int stray_data = 0;       // bytes at the data level that no command takes
-        int missing_data = 0;     // commands ended before they had all their data
-        int bad_windows = 0;      // ends before starts, or beyond the panel
+        int stray_data = 0;       // bytes at the data level that belong to no command
+        int missing_data = 0;     // commands that ended before they had all their data
+        int bad_windows = 0;      // whose end lies before the start or outside the panel
         int excess_pixels = 0;    // pixels after the window was full
-        int half_pixels = 0;      // memory writes ended in the middle of a pixel
-        int other_formats = 0;    // memory writes when the pixel format is not 16 bits
+        int half_pixels = 0;      // memory writes that ended in the middle of a pixel
+        int other_formats = 0;    // memory writes while the pixel format is not 16 bits
 
         bool operator==(const fault_counts &) const = default;
     };
 
-    // The lines. `level`: 0 command, anything else data. `reset(false)` holds the panel in reset.
+    // The input lines. `level`: 0 command, anything else data. `reset(false)` holds the panel in
+    // reset.
     void power(bool on);
     void reset(bool high);
     void level(int data);
-    // The first two as a unit switches them, through LED files: what was written to which, as
-    // "Oled_Rst 255". Other LEDs are passed over.
+    // Power and reset as a unit switches them, through LED files: the name and the value written,
+    // such as "Oled_Rst 255". Other LEDs are ignored.
     void led(std::string_view name_and_value);
 
-    // One transfer. Returns what it was, for a log: "command 2A", "data 00 7D", "pixels 4096".
+    // Takes one transfer. Returns a line for the log: "command 2A", "data 00 7D", "pixels 4096".
     std::string transfer(std::span<const uint8_t> bytes);
 
-    // Whether the user sees the panel's memory: powered, reset, awake, on and bright.
+    // Whether the user sees the panel's memory: it is powered, was reset, is awake, on and not
+    // dark.
     bool shows() const;
 
-    // What the user sees, upright for him: 294 x 126 pixels; black when the panel shows nothing.
+    // What the user sees, upright: 294 x 126 pixels; black if the panel shows nothing.
     picture seen() const;
 
-    // How often a window was written to its last pixel.
+    // How often a window was filled to its last pixel.
     int pictures() const { return filled_windows; }
 
     const fault_counts &faults() const { return counted; }
@@ -74,10 +76,10 @@ private:
     bool awake = false, on = false;
     uint8_t brightness = 0, pixel_format = 0;
     range window_columns{}, window_rows{};
-    int command = -1;                // the command that data bytes go to, -1 for none
-    std::vector<uint8_t> parameters; // what it got so far
+    int command = -1;                // the command that the next data bytes belong to, -1 for none
+    std::vector<uint8_t> parameters; // its data bytes so far
     int column = 0, row = 0;         // where the next pixel goes
-    bool full = false;               // the window has been written to its end
+    bool full = false;               // the window has been filled
     int filled_windows = 0;
     std::array<uint16_t, columns * rows> memory{};
 };

@@ -32,7 +32,7 @@ enum command_code : uint8_t {
     set_command_lock = 0xFD,
 };
 
-// How many parameters each command takes, at the command level too.
+// How many parameters each command takes; they are sent at the command level, too.
 const std::map<uint8_t, size_t> parameter_counts = {
     {set_column_address, 2},
     {set_row_address, 2},
@@ -57,11 +57,11 @@ const std::map<uint8_t, size_t> parameter_counts = {
     {set_command_lock, 1},
 };
 
-// Bits of the re-map setting.
-constexpr int columns_turned = 0x01;
-constexpr int nibbles_turned = 0x02;
+// Bits of the re-map setting (data sheet, command A0).
+constexpr int columns_remapped = 0x01;
+constexpr int nibbles_remapped = 0x02;
 constexpr int vertical_increment = 0x04;
-constexpr int com_turned = 0x10;
+constexpr int com_remapped = 0x10;
 constexpr int com_split = 0x40;
 
 constexpr int locked_parameter = 0x16;
@@ -154,20 +154,21 @@ void ssd1327_panel::set_range(range &which, int &pointer, int limit) {
 }
 
 // The low nibble of a byte goes to the even one of its two segment lines, unless nibbles are
-// turned.
+// remapped.
 void ssd1327_panel::take_pixels(uint8_t byte) {
     counted.missing_parameters += !command.empty();
     command.clear();
     const int map = setting(set_re_map);
-    const int pair = (map & columns_turned) != 0 ? columns / 2 - 1 - column : column;
+    const int pair = (map & columns_remapped) != 0 ? columns / 2 - 1 - column : column;
     uint8_t *const to = &memory[static_cast<size_t>(row * columns + pair * 2)];
     const auto low = static_cast<uint8_t>(byte & 0x0F), high = static_cast<uint8_t>(byte >> 4);
-    to[0] = (map & nibbles_turned) != 0 ? high : low;
-    to[1] = (map & nibbles_turned) != 0 ? low : high;
+    to[0] = (map & nibbles_remapped) != 0 ? high : low;
+    to[1] = (map & nibbles_remapped) != 0 ? low : high;
     advance();
 }
 
-// The window is written row by row, or column by column, and from its start again.
+// The window is filled row by row or column by column; after its end writing continues at its
+// start.
 void ssd1327_panel::advance() {
     const auto step = [](int &pointer, const range &limits) {
         pointer = pointer == limits.end ? limits.start : pointer + 1;
@@ -189,7 +190,7 @@ ssd1327_panel::levels ssd1327_panel::seen_levels() const {
     if (!shows()) {
         return result;
     }
-    const bool turned = (setting(set_re_map) & com_turned) != 0;
+    const bool turned = (setting(set_re_map) & com_remapped) != 0;
     const int shift = setting(set_start_line) + setting(set_display_offset);
     for (int y = 0; y < rows; ++y) {
         const int com = rows - 1 - y;

@@ -11,29 +11,29 @@ namespace simulator {
 enum desk_status {
     as_expected = 0,
     not_as_expected = 1,
-    used_wrongly = 2,
+    wrong_usage = 2,
     system_error = 3,
-    interrupted = 130, // as a shell tells of SIGINT
+    interrupted = 130, // as a shell reports SIGINT
 };
 
-// What ends a command with `used_wrongly`; what() says what would be right.
-struct misused : std::runtime_error {
+// Ends a command with `wrong_usage`; what() says what is expected.
+struct usage_error : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-// What the command line changes in the unit that is described.
+// A change that the command line makes to the described unit.
 using unit_change = std::function<void(unit_description &)>;
 
 struct run_options {
-    std::filesystem::path package;           // none for a made-up one
-    std::filesystem::path unit_file;         // none for the usual unit
-    std::vector<unit_change> changes;        // after the unit file
-    bool oled = false;                       // no update: the display middleware's example
-    std::vector<std::string> screen_options; // those given that go with a screen only
-    std::string answer;                      // empty where keys are described
-    offer_wishes wishes;
+    std::filesystem::path package;           // empty for a built-in example
+    std::filesystem::path unit_file;         // empty for the usual unit
+    std::vector<unit_change> changes;        // applied after the unit file
+    bool oled = false;                       // no update, but the example of the display middleware
+    std::vector<std::string> screen_options; // those given that need a screen
+    std::string answer;                      // empty if keys are described
+    offer_overrides overrides;
     std::filesystem::path script; // instead of the package's
-    std::string expected;         // "any", or a word of a verdict in small letters
+    std::string expected;         // "any", or the word of a verdict in lower case
     double speed = 2;
     std::chrono::seconds patience{600};
     bool plain = false;
@@ -41,13 +41,13 @@ struct run_options {
     std::filesystem::path pictures, report, json;
 };
 
-// Runs a package in the unit, or a made-up one, and shows it.
+// Runs an update in the unit and shows it.
 int run(const run_options &options);
 
-// Serves the unit's front panel as a page, at any free port of 127.0.0.1 when `port` is 0.
+// Serves the unit's front panel as a web page on 127.0.0.1; `port` 0 picks a free port.
 int panel(const run_options &options, int port);
 
-// Says what happened in a run in the field from what it printed. "-" is standard input.
+// Explains a run in the field from its output. "-" is standard input.
 int explain(const std::filesystem::path &log);
 
 } // namespace simulator

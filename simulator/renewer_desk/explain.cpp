@@ -9,7 +9,7 @@ namespace simulator {
 
 namespace {
 
-constexpr size_t longest_line = 64 * 1024; // a log that is something else has no lines
+constexpr size_t longest_line = 64 * 1024; // a file that is no log may have no newline at all
 
 run_reading read_log(std::istream &log) {
     run_reading run;

@@ -1,4 +1,4 @@
-// The desk: updates in a simulated unit, and what is said of runs in the field.
+// The desk: runs updates in a simulated unit and explains runs in the field.
 
 #include "simulator/renewer_desk/help.h"
 #include "simulator/renewer_desk/options.h"
@@ -16,7 +16,7 @@ int complain(const std::string &what, int status) {
     return status;
 }
 
-// The help of a command is a text of its own.
+// The help of a command is a text file of its own.
 void set_help(CLI::App &command, const std::string &text) {
     struct given_text : CLI::FormatterBase {
         explicit given_text(std::string help) : shown(std::move(help)) {}
@@ -37,7 +37,7 @@ void take_any_model(run_options &options, const std::string &model) {
         const std::string pn = pn_of_model(model);
         options.changes.push_back([pn](unit_description &unit) { unit.pn = pn; });
     } catch (const std::invalid_argument &) {
-        throw misused("--model takes led, screen or oled");
+        throw usage_error("--model takes led, screen or oled");
     }
 }
 
@@ -63,9 +63,9 @@ void add_run(CLI::App &app, std::function<int()> &chosen) {
     auto options = std::make_shared<run_options>();
     options->expected = "updated";
     command->add_option("PACKAGE", options->package)->required();
-    command->add_option("--kind", options->wishes.kind);
-    command->add_option("--meant-for", options->wishes.meant_for);
-    command->add_option("--path", options->wishes.path);
+    command->add_option("--kind", options->overrides.kind);
+    command->add_option("--meant-for", options->overrides.meant_for);
+    command->add_option("--path", options->overrides.path);
     add_run_options(*command, *options);
     command->callback([=, &chosen] { chosen = [=] { return run(*options); }; });
 }
@@ -114,9 +114,9 @@ int main(int argc, char **argv) {
         fputs(command->help().c_str(), stdout);
         return as_expected;
     } catch (const CLI::ParseError &error) {
-        return complain(std::string(error.what()) + "; --help tells more", used_wrongly);
-    } catch (const misused &wrong) {
-        return complain(std::string(wrong.what()) + "; --help tells more", used_wrongly);
+        return complain(std::string(error.what()) + "; see --help", wrong_usage);
+    } catch (const usage_error &wrong) {
+        return complain(std::string(wrong.what()) + "; see --help", wrong_usage);
     } catch (const std::exception &trouble) {
         return complain(trouble.what(), system_error);
     }

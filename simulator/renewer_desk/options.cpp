@@ -6,8 +6,8 @@ namespace simulator {
 
 namespace {
 
-// An option that describes the unit; its text is read twice, so that what is wrong is told before
-// anything begins.
+// An option that describes the unit. Its text is parsed twice: at first only to report errors
+// before anything starts.
 struct unit_option {
     const char *name;
     void (*take)(unit_description &described, const std::string &text);
@@ -20,22 +20,21 @@ measured supply_of(const std::string &text) {
     char *end = nullptr;
     const double value = strtod(number.c_str(), &end);
     if (number.empty() || *end != '\0' || !(value >= 0 && value <= (raw ? 65535 : 60))) {
-        throw std::invalid_argument(
-            "volts from 0 to 60 are wanted, or raw:N for counts up to 65535");
+        throw std::invalid_argument("expected volts from 0 to 60, or raw:N for counts up to 65535");
     }
     return {value, raw};
 }
 
 int count_of(const std::string &text) {
     if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != text.npos) {
-        throw std::invalid_argument("a count is wanted");
+        throw std::invalid_argument("expected a count");
     }
     return std::stoi(text);
 }
 
 std::string path_on_unit(const std::string &text) {
     if (!text.starts_with('/') || std::filesystem::path(text).lexically_normal() != text) {
-        throw std::invalid_argument("an absolute path on the unit is wanted");
+        throw std::invalid_argument("expected an absolute path on the unit");
     }
     return text;
 }
@@ -43,7 +42,7 @@ std::string path_on_unit(const std::string &text) {
 unit_file file_of(const std::string &text) {
     const size_t equals = text.find('=');
     if (equals == std::string::npos || !std::filesystem::is_regular_file(text.substr(equals + 1))) {
-        throw std::invalid_argument("PATH=FILE is wanted, with a FILE that exists");
+        throw std::invalid_argument("expected PATH=FILE with a FILE that exists");
     }
     const std::string file = text.substr(equals + 1);
     const auto mode = static_cast<unsigned>(std::filesystem::status(file).permissions());
@@ -78,7 +77,7 @@ constexpr unit_option unit_options[] = {
     {"--prompt-pictures",
      [](unit_description &unit, const std::string &text) {
          if (text != "usual" && text != "none" && !std::filesystem::is_directory(text)) {
-             throw std::invalid_argument("usual, none or a directory is wanted");
+             throw std::invalid_argument("expected usual, none or a directory");
          }
          unit.prompt_pictures = text;
      },
@@ -108,7 +107,7 @@ void add_unit_option(CLI::App &command, const unit_option &one, run_options &opt
                         unit_description scratch;
                         one.take(scratch, text);
                     } catch (const std::invalid_argument &wrong) {
-                        throw misused(std::string(one.name) + ": " + wrong.what());
+                        throw usage_error(std::string(one.name) + ": " + wrong.what());
                     }
                     options.changes.push_back(
                         [&one, text](unit_description &unit) { one.take(unit, text); });
@@ -140,7 +139,7 @@ void add_checked(CLI::App &command, const char *name, std::string &into,
             right += (right.empty() ? "" : ", ") + one;
         }
         if (std::find(known.begin(), known.end(), text) == known.end()) {
-            throw misused(std::string(name) + " takes " + right);
+            throw usage_error(std::string(name) + " takes " + right);
         }
         into = text;
     });
@@ -159,7 +158,7 @@ void add_unit_options(CLI::App &command, run_options &options) {
 void add_speed(CLI::App &command, run_options &options) {
     command.add_option_function<double>("--speed", [&options](double speed) {
         if (!(speed >= 0.1 && speed <= 1000)) {
-            throw misused("--speed takes a number from 0.1 to 1000");
+            throw usage_error("--speed takes a number from 0.1 to 1000");
         }
         options.speed = speed;
     });
@@ -176,7 +175,7 @@ void add_run_options(CLI::App &command, run_options &options) {
         try {
             options.patience = std::chrono::ceil<std::chrono::seconds>(parse_time(text));
         } catch (const std::invalid_argument &wrong) {
-            throw misused(std::string("--patience: ") + wrong.what());
+            throw usage_error(std::string("--patience: ") + wrong.what());
         }
     });
     command.add_option("--report", options.report);

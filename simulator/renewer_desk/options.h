@@ -6,14 +6,13 @@
 
 namespace simulator {
 
-// Lets a command take the options that describe the unit. `options` stands for as long as the
-// command.
+// Adds the options that describe the unit to a command. `options` must outlive the command.
 void add_unit_options(CLI::App &command, run_options &options);
 
-// How fast the unit's clock runs.
+// Adds the option for the speed of the unit's clock.
 void add_speed(CLI::App &command, run_options &options);
 
-// Lets a command take the options of help/options.txt. `options` stands for as long as the command.
+// Adds the options of help/options.txt to a command. `options` must outlive the command.
 void add_run_options(CLI::App &command, run_options &options);
 
 } // namespace simulator

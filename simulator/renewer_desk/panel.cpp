@@ -1,8 +1,8 @@
 #include "simulator/desk/unit_file.h"
 #include "simulator/panel_page/server.h"
 #include "simulator/renewer_desk/commands.h"
-#include "simulator/renewer_desk/desk_directory.h"
-#include "simulator/renewer_desk/performance.h"
+#include "simulator/renewer_desk/play.h"
+#include "simulator/renewer_desk/temporary_directory.h"
 #include "simulator/unit/parts.h"
 
 #include <cstdio>
@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Volts of one count of each converter input, as far as the position of a slider needs them.
+// Volts per count of each converter input, as exactly as the position of a slider needs it.
 constexpr double battery_count = 5.255 * 1.8 / 1023;
 constexpr double external_count = 0.04084;
 constexpr double type_c_count = 18.0 / 1023;
@@ -22,7 +22,8 @@ double volts_of(const measured &supply, double count) {
     return supply.raw ? supply.value * count : supply.value;
 }
 
-// Keys and the acknowledgement are left to whoever uses the page, unless the command line says so.
+// Keys and the acknowledgement are up to the user of the page, unless the command line describes
+// them.
 unit_description described_by(const run_options &options) {
     unit_description described =
         options.unit_file.empty() ? unit_description() : read_unit_file(options.unit_file);
@@ -70,13 +71,13 @@ panel_subject front_of_oled() {
 
 int panel(const run_options &options, int port) {
     if (options.oled != options.package.empty()) {
-        throw misused(options.oled ? "--model oled takes no PACKAGE" : "a PACKAGE is wanted");
+        throw usage_error(options.oled ? "--model oled takes no PACKAGE" : "PACKAGE is missing");
     }
     if (!options.oled && !fs::exists(options.package)) {
-        throw misused(options.package.string() + ": no such file or directory");
+        throw usage_error(options.package.string() + ": no such file or directory");
     }
     take_signals();
-    const desk_directory desk;
+    const temporary_directory desk;
     panel_subject subject =
         options.oled ? front_of_oled() : front_of(described_by(options), options.package);
     subject.clock_speed = options.speed;

@@ -1,6 +1,6 @@
 #include "simulator/desk/unit_file.h"
-#include "simulator/renewer_desk/desk_directory.h"
-#include "simulator/renewer_desk/performance.h"
+#include "simulator/renewer_desk/play.h"
+#include "simulator/renewer_desk/temporary_directory.h"
 #include "simulator/report/report.h"
 #include "simulator/unit/package.h"
 #include "simulator/unit/parts.h"
@@ -23,21 +23,22 @@ constexpr const char working_script[] = "#!/bin/sh\n"
                                         "sleep 4\n"
                                         "echo done\n";
 
-// Of two presses that have to come within the 2 s that the updater waits for the second one, the
-// desk must be able to tell the time between.
+// The updater waits 2 s for the second of two presses; above this speed the desk cannot time them
+// exactly enough.
 constexpr double fastest_for_two_presses = 100;
 
 void refuse_what_does_not_go_together(const unit_description &described,
                                       const run_options &options) {
     if (!options.screen_options.empty() && !has_screen(described)) {
-        throw misused(options.screen_options.front() + " goes with a screen (--model screen)");
+        throw usage_error(options.screen_options.front() + " goes with a screen (--model screen)");
     }
     const bool two_presses = std::ranges::count_if(described.keys, [&](const key_press &one) {
                                  return !has_screen(described) && one.which == key::power;
                              }) > 1;
     if (two_presses && options.speed > fastest_for_two_presses) {
-        throw misused("two presses of the power key come within 2 s: --speed up to 100 can tell "
-                      "them apart");
+        throw usage_error(
+            "two presses of the power key come within 2 s: --speed up to 100 can tell "
+            "them apart");
     }
 }
 
@@ -55,55 +56,55 @@ unit_description described_by(const run_options &options) {
     return described;
 }
 
-void tell_command(performance &playing) {
-    for (const std::string &argument : playing.arguments) {
-        playing.told += " " + argument;
+void describe_command(run_setup &setup) {
+    for (const std::string &argument : setup.arguments) {
+        setup.introduction += " " + argument;
     }
 }
 
-// No unit is described where no update is run.
+// Without an update, options that describe a unit make no sense.
 void refuse_for_oled(const run_options &options) {
     if (!options.changes.empty() || !options.unit_file.empty() || !options.answer.empty() ||
         !options.script.empty() || !options.report.empty() || !options.json.empty()) {
-        throw misused("--model oled takes --speed, --pictures, --verbose and --plain only");
+        throw usage_error("--model oled takes --speed, --pictures, --verbose and --plain only");
     }
 }
 
-// No update: the example of the display middleware draws its status screen.
-performance oled_example() {
-    performance playing;
-    playing.program = part(oled_status_place);
-    playing.described.prompt_pictures = "none";
-    playing.described.files.push_back(
+// Instead of an update, the example of the display middleware draws its status screen.
+run_setup oled_example() {
+    run_setup setup;
+    setup.program = part(oled_status_place);
+    setup.described.prompt_pictures = "none";
+    setup.described.files.push_back(
         {"/reserve/battery.bmp", unit_file::kind::copy, part(oled_battery_place), 0644});
-    playing.arguments = {"/dev/spidev0.0", "/reserve/battery.bmp", "60"};
-    playing.told = "A unit with a grey OLED; a program draws on it through the display "
-                   "middleware.\nrenewer-oled-status";
-    tell_command(playing);
-    return playing;
+    setup.arguments = {"/dev/spidev0.0", "/reserve/battery.bmp", "60"};
+    setup.introduction = "A unit with a grey OLED; a program draws on it through the display "
+                         "middleware.\nrenewer-oled-status";
+    describe_command(setup);
+    return setup;
 }
 
-performance update_of(const run_options &options, const desk_directory &desk) {
-    performance playing;
-    playing.described = described_by(options);
-    playing.script = options.script;
+run_setup update_of(const run_options &options, const temporary_directory &desk) {
+    run_setup setup;
+    setup.described = described_by(options);
+    setup.script = options.script;
     fs::path package = options.package;
     if (package.empty()) {
         package = desk.path / "update_demo_b20240523.bin";
-        make_package(package, playing.described.pn,
+        make_package(package, setup.described.pn,
                      options.script.empty() ? working_script
                                             : content_of_file(options.script.string()));
     }
-    playing.offer = look_at_package(package, playing.described, options.wishes);
-    playing.arguments = playing.offer->arguments;
-    playing.told = std::string("A unit with ") +
-                   (has_screen(playing.described) ? "a colour LCD" : "LEDs") +
-                   "; its application has unpacked a package into /firmware/update.\nrenewer";
-    tell_command(playing);
-    return playing;
+    setup.offer = look_at_package(package, setup.described, options.overrides);
+    setup.arguments = setup.offer->arguments;
+    setup.introduction = std::string("A unit with ") +
+                         (has_screen(setup.described) ? "a colour LCD" : "LEDs") +
+                         "; its application has unpacked a package into /firmware/update.\nrenewer";
+    describe_command(setup);
+    return setup;
 }
 
-// What a failed script has said last.
+// Prints the last lines of a failed script's log.
 void show_script_log(const run_story &story) {
     constexpr size_t last_lines = 20;
     if (story.result.which != ending::script_failed &&
@@ -166,7 +167,7 @@ int conclude(const run_story &story, const run_options &options) {
 
 int run(const run_options &options) {
     take_signals();
-    const desk_directory desk;
+    const temporary_directory desk;
     if (options.oled) {
         refuse_for_oled(options);
         const run_story story = play(oled_example(), options);

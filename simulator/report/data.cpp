@@ -11,7 +11,7 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-constexpr size_t longest_log = 256 * 1024; // of the script; its end counts
+constexpr size_t longest_log = 256 * 1024; // of the script; only its end is kept
 
 double seconds(unit_time time) {
     return static_cast<double>(time.count()) / 1000;
@@ -105,7 +105,7 @@ json state_of(const std::map<std::string, file_state> &files, const std::string 
                : json{{"size", found->second.size}, {"sha256", found->second.sha256}};
 }
 
-json changes_of(const told_run &run) {
+json changes_of(const recorded_run &run) {
     std::map<std::string, file_state> all = run.before;
     all.insert(run.after.begin(), run.after.end());
     json changes = json::array();
@@ -119,7 +119,7 @@ json changes_of(const told_run &run) {
     return changes;
 }
 
-json run_of(const told_run &run) {
+json run_of(const recorded_run &run) {
     json pictures = json::array();
     for (const picture &seen : run.end.pictures) {
         pictures.push_back(
@@ -186,7 +186,7 @@ json data_of(const run_story &story) {
                  {"arguments", story.arguments},
                  {"clock_speed", story.speed},
                  {"runs", json::array()}};
-    for (const told_run &run : story.runs) {
+    for (const recorded_run &run : story.runs) {
         data["runs"].push_back(run_of(run));
     }
     return data;

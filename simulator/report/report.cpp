@@ -1,4 +1,4 @@
-// The story of a run as a page: what page.html shows, in its words and places.
+// The story of a run as a web page: the values for the template page.html.
 
 #include "simulator/report/report.h"
 
@@ -23,7 +23,8 @@ std::string number(const char *format, double value) {
     return text.data();
 }
 
-// Every text, number and true value becomes a variable, every object and list of objects a section.
+// Every text, number and true value becomes a variable of the template, every object and list of
+// objects a section.
 void fill(ctemplate::TemplateDictionary &into, const json &from) {
     for (const auto &[name, value] : from.items()) {
         if (value.is_array()) {
@@ -51,7 +52,7 @@ std::string volts(const json &supply) {
                                   : number("%.2f V", supply["volts"]);
 }
 
-// What is folded away between the other lines.
+// Events that are folded away between the other lines.
 bool is_quiet(const json &event, const json *before) {
     const std::string kind = event["kind"], text = event["text"];
     return kind == "led" || ((kind == "waits" || kind == "sleeps") && text.starts_with("0.")) ||
@@ -80,7 +81,7 @@ json line_of(const json &event, const json &pictures, std::set<size_t> &shown) {
     return line;
 }
 
-// The time line: lines, and runs of quiet ones.
+// The time line: lines, and groups of quiet ones.
 json lines_of(const json &run) {
     json lines = json::array(), quiet = json::array();
     std::set<size_t> shown;
@@ -122,7 +123,7 @@ json lanes_of(const json &run) {
     return lanes.empty() ? json() : json{{"lane", lanes}, {"end", number("%.1f", whole)}};
 }
 
-std::string told(const json &state) {
+std::string state_text(const json &state) {
     return state.is_null() ? "\u2014"
                            : std::to_string(state["size"].get<uintmax_t>()) + " bytes, " +
                                  state["sha256"].get<std::string>();
@@ -132,8 +133,8 @@ json changes_of(const json &run) {
     json changes = json::array();
     for (const json &file : run["files"]) {
         changes.push_back({{"path", file["path"]},
-                           {"before", told(file["before"])},
-                           {"after", told(file["after"])}});
+                           {"before", state_text(file["before"])},
+                           {"after", state_text(file["after"])}});
     }
     return changes.empty() ? json() : json{{"file", changes}};
 }

@@ -10,10 +10,10 @@
 
 namespace simulator {
 
-// A file of the unit's storage.
+// The state of a file in the unit's storage.
 struct file_state {
     uintmax_t size;
-    std::string sha256; // 64 hexadecimal characters; of a link "-> " and its target
+    std::string sha256; // 64 hexadecimal characters; for a link "-> " and its target
 
     bool operator==(const file_state &) const = default;
 };
@@ -22,18 +22,19 @@ struct file_state {
 // FIPS 180-4.
 std::map<std::string, file_state> files_of(const std::filesystem::path &tree);
 
-struct told_run {
+struct recorded_run {
     outcome end;
     std::map<std::string, file_state> before, after;
 };
 
-// What was run in a unit of the desk, and what came of it.
+// What was run in a simulated unit, and the result.
 struct run_story {
     unit_description described;
     std::optional<package_offer> offer;
     std::vector<std::string> arguments; // of the updater
     double speed = 1;
-    std::vector<told_run> runs; // two after a power cut and another start; none where none began
+    std::vector<recorded_run>
+        runs; // two after a power cut and another start; none if none was started
     verdict result;
 };
 

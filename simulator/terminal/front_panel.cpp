@@ -22,7 +22,7 @@ winsize terminal_size() {
     return size;
 }
 
-// Cells that a line takes: escape sequences take none, the bytes of a character (UTF-8) one.
+// The number of cells that a line takes: none for an escape sequence, one for a UTF-8 character.
 int width_of(std::string_view line) {
     int width = 0;
     for (size_t i = 0; i < line.size(); ++i) {
@@ -52,7 +52,7 @@ bool held_key::take(const event &happened) {
     return held != before;
 }
 
-showing showing_here(bool plain, bool verbose) {
+output_style detect_output_style(bool plain, bool verbose) {
     const char *terminal = getenv("TERM");
     const bool dumb = terminal == nullptr || strcmp(terminal, "dumb") == 0;
     return {!plain && !dumb && isatty(STDOUT_FILENO) != 0, !is_set("NO_COLOR"), verbose};
@@ -60,7 +60,7 @@ showing showing_here(bool plain, bool verbose) {
 
 void front_panel::show(const event &happened) {
     last_event = happened;
-    std::string lines = told(happened) + folded(happened);
+    std::string lines = line_for(happened) + fold_repeats(happened);
     if (panel.take(happened) || !lines.empty()) {
         print(std::move(lines));
     }
@@ -68,27 +68,27 @@ void front_panel::show(const event &happened) {
 
 void front_panel::show(const picture &seen) {
     panel.take(seen);
-    print(told(last_event));
+    print(line_for(last_event));
 }
 
 void front_panel::finish() {
     last_event.kind = event_kind::exit;
-    print(told(last_event) + end_of_fold());
+    print(line_for(last_event) + end_fold());
     drawn_widths.clear();
 }
 
-bool front_panel::heard() const {
+bool front_panel::output_works() const {
     return ferror(stdout) == 0;
 }
 
-// A line of the panel's stands between the repeats of another.
-std::string front_panel::told(const event &happened) {
-    const std::string line = how.panel ? std::string() : panel.told(happened);
-    return line.empty() ? line : end_of_fold() + line;
+// A line about the panel interrupts a series of repeats.
+std::string front_panel::line_for(const event &happened) {
+    const std::string line = how.panel ? std::string() : panel.line_for(happened);
+    return line.empty() ? line : end_fold() + line;
 }
 
-// The line of what happened; nothing for a repeat of the last one, which is counted.
-std::string front_panel::folded(const event &happened) {
+// The event's line; nothing for a repeat of the last line, which is only counted.
+std::string front_panel::fold_repeats(const event &happened) {
     const std::string line = readable_line(happened);
     if (line.empty()) {
         return {};
@@ -98,12 +98,12 @@ std::string front_panel::folded(const event &happened) {
         ++repeats;
         return {};
     }
-    const std::string before = end_of_fold();
+    const std::string before = end_fold();
     last_line = text;
     return before + line + "\n";
 }
 
-std::string front_panel::end_of_fold() {
+std::string front_panel::end_fold() {
     const std::string line =
         repeats == 0 ? std::string()
                      : line_begin(last_event.at, "") + "(x" + std::to_string(repeats) + " more)\n";
@@ -112,9 +112,9 @@ std::string front_panel::end_of_fold() {
     return line;
 }
 
-// To the panel's first line, and clear from there (ECMA-48). A terminal that has become narrower
-// has broken its lines.
-std::string front_panel::panel_taken_away() const {
+// Moves to the panel's first line and clears from there (ECMA-48). A terminal that has become
+// narrower since has wrapped the lines.
+std::string front_panel::erase_panel() const {
     const int columns = terminal_size().ws_col;
     int rows = 0;
     for (const int width : drawn_widths) {
@@ -123,13 +123,13 @@ std::string front_panel::panel_taken_away() const {
     return rows == 0 ? std::string() : "\033[" + std::to_string(rows) + "F\033[J";
 }
 
-// All at once, so that a terminal does not show the panel half drawn.
+// Prints in one go, so that the terminal never shows a panel half drawn.
 void front_panel::print(std::string lines) {
-    lines.insert(0, panel_taken_away());
+    lines.insert(0, erase_panel());
     drawn_widths.clear();
     if (how.panel) {
         const winsize size = terminal_size();
-        const std::string drawing = panel.drawn({size.ws_col, size.ws_row, how.colours});
+        const std::string drawing = panel.draw({size.ws_col, size.ws_row, how.colours});
         for (size_t begin = 0; begin < drawing.size() && drawn_widths.size() + 1 < size.ws_row;) {
             const size_t end = drawing.find('\n', begin);
             const std::string line = drawing.substr(begin, end - begin);

@@ -6,39 +6,40 @@
 
 namespace simulator {
 
-struct showing {
-    bool panel = false; // drawn below the time line; a terminal that can move its cursor
+struct output_style {
+    bool panel = false; // drawn below the time line; needs a terminal that can move its cursor
     bool colours = false;
-    bool verbose = false; // each line as often as it comes
+    bool verbose = false; // repeated lines are not folded
 };
 
-// What can be shown on standard output, by what it is and by the environment (NO_COLOR, TERM).
-showing showing_here(bool plain, bool verbose);
+// The style that suits standard output and the environment (NO_COLOR, TERM).
+output_style detect_output_style(bool plain, bool verbose);
 
-// A run as a person follows it: the time line and, on a terminal, the panel below it.
+// Shows a run: the time line and, on a terminal, the panel below it.
 class front_panel {
 public:
-    // `shown_panel` stands for as long as this.
-    front_panel(panel_view &shown_panel, const showing &wanted) : panel(shown_panel), how(wanted) {}
+    // `shown_panel` must outlive this object.
+    front_panel(panel_view &shown_panel, const output_style &wanted)
+        : panel(shown_panel), how(wanted) {}
 
     void show(const event &happened);
     void show(const picture &seen);
 
-    // Leaves the lines and the panel as they are: what is printed from now on follows them.
+    // Leaves the panel as it is; further output follows below it.
     void finish();
 
-    // Whether somebody still reads the output.
-    bool heard() const;
+    // False once writing to standard output has failed.
+    bool output_works() const;
 
 private:
-    std::string told(const event &happened);
-    std::string folded(const event &happened);
-    std::string end_of_fold();
-    std::string panel_taken_away() const;
+    std::string line_for(const event &happened);
+    std::string fold_repeats(const event &happened);
+    std::string end_fold();
+    std::string erase_panel() const;
     void print(std::string lines);
 
     panel_view &panel;
-    showing how;
+    output_style how;
     event last_event{};
     std::string last_line;         // without its time
     int repeats = 0;               // of the last line

@@ -24,7 +24,7 @@ constexpr std::array<led, 6> leds = {{
     {"Light_Power", "POWER", "32"},
 }};
 
-// Something of the panel, and the cells that it takes.
+// An element of the panel, and the number of cells that it takes.
 struct part {
     std::string text;
     size_t width;
@@ -46,8 +46,8 @@ std::vector<part> lamps(const std::map<std::string, bool> &lit, bool coloured) {
     return all;
 }
 
-// The panel's power key reports itself as "right". Keys that the panel has no name for are shown
-// while they are held.
+// The panel's power key has the code of "right". Keys that are not on the panel are shown while
+// they are held.
 std::vector<part> keys(const std::string &held) {
     std::vector<std::string> names = {"ok", "power"};
     const std::string pressed = held == "right" ? "power" : held;
@@ -62,7 +62,7 @@ std::vector<part> keys(const std::string &held) {
     return all;
 }
 
-// The parts in lines of a case that is `width` cells wide inside.
+// Arranges the parts in lines of a case that is `width` cells wide inside.
 std::string in_case(const std::vector<part> &parts, size_t width) {
     std::string text, line = "|  ";
     size_t used = 2;
@@ -84,7 +84,7 @@ std::string in_case(const std::vector<part> &parts, size_t width) {
 
 } // namespace
 
-// What does not change what is lit is nothing to see, and no thread's doing.
+// A value that does not change whether the LED is lit is not a change of the panel.
 bool led_view::take(const event &happened) {
     if (happened.kind != event_kind::led) {
         return key.take(happened);
@@ -99,9 +99,9 @@ bool led_view::take(const event &happened) {
     return true;
 }
 
-// The LEDs of a pattern are switched one after the other; a pattern stands when the thread that
-// switched them sleeps or waits, however fast the clock is.
-std::string led_view::told(const event &happened) {
+// The LEDs of a pattern are switched one after the other. The pattern is complete when the thread
+// that switched them sleeps or waits, however fast the clock is.
+std::string led_view::line_for(const event &happened) {
     const bool pauses = happened.kind == event_kind::sleep || happened.kind == event_kind::wait;
     if (!(pauses && happened.background == by_background) && happened.kind != event_kind::exit) {
         return {};
@@ -117,8 +117,8 @@ std::string led_view::told(const event &happened) {
     return line_begin(happened.at, "panel") + pattern + "\n";
 }
 
-std::string led_view::drawn(const drawing_room &room) const {
-    constexpr size_t widest = 58; // all lamps in one line
+std::string led_view::draw(const drawing_room &room) const {
+    constexpr size_t widest = 58; // all lamps on one line
     const size_t width =
         std::clamp(static_cast<size_t>(std::max(room.columns, 2)) - 2, size_t{16}, widest);
     const std::string rule = "+" + std::string(width, '-') + "+\n";

@@ -7,20 +7,20 @@
 
 namespace simulator {
 
-// The front panel of a unit with LEDs. Where nothing can be drawn a line tells each new pattern,
-// but not every turn of two that alternate.
+// The front panel of a unit with LEDs. Where nothing can be drawn, each new pattern gets a line,
+// but two alternating patterns are not repeated.
 class led_view : public panel_view {
 public:
     using panel_view::take;
     bool take(const event &happened) override;
-    std::string told(const event &happened) override;
-    std::string drawn(const drawing_room &room) const override;
+    std::string line_for(const event &happened) override;
+    std::string draw(const drawing_room &room) const override;
 
 private:
     std::map<std::string, bool> lit;
     held_key key;
-    bool by_background = false;          // which thread has switched an LED last
-    std::array<std::string, 2> patterns; // that were told last
+    bool by_background = false;          // whether a background thread switched the last LED
+    std::array<std::string, 2> patterns; // of the last two lines
 };
 
 } // namespace simulator

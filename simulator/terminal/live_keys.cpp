@@ -10,18 +10,20 @@ namespace simulator {
 
 namespace {
 
-constexpr auto hold = std::chrono::milliseconds(80); // of the desk
+constexpr auto hold = std::chrono::milliseconds(80); // of the desk's clock
 
 struct key_bytes {
-    std::string_view bytes; // as a terminal sends them (ECMA-48, and with "O" in application mode)
+    std::string_view bytes; // as a terminal sends them (ECMA-48; with "O" in application mode)
     key which;
 };
 
 constexpr key_bytes known[] = {
-    {"\033[A", key::up},    {"\033[B", key::down}, {"\033[C", key::right},
-    {"\033[D", key::left},  {"\033OA", key::up},   {"\033OB", key::down},
-    {"\033OC", key::right}, {"\033OD", key::left}, {"\r", key::ok},
-    {"\n", key::ok},        {"p", key::power},     {"\033", key::esc}, // behind what begins with it
+    {"\033[A", key::up},    {"\033[B", key::down},
+    {"\033[C", key::right}, {"\033[D", key::left},
+    {"\033OA", key::up},    {"\033OB", key::down},
+    {"\033OC", key::right}, {"\033OD", key::left},
+    {"\r", key::ok},        {"\n", key::ok},
+    {"p", key::power},      {"\033", key::esc}, // after the sequences that begin with it
 };
 
 } // namespace
@@ -38,7 +40,7 @@ live_keys::live_keys(live_hand &acting, key power) : hand(acting), power_key(pow
     raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     raw.c_cc[VMIN] = 1;
     raw.c_cc[VTIME] = 0;
-    raw.c_cc[VSUSP] = _POSIX_VDISABLE; // a stopped desk would leave the terminal like this
+    raw.c_cc[VSUSP] = _POSIX_VDISABLE; // Ctrl-Z would leave the terminal in this mode
     tcsetattr(STDIN_FILENO, TCSADRAIN, &raw);
     reader = std::thread([this] { read_keys(); });
 }

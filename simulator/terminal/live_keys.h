@@ -8,12 +8,13 @@
 
 namespace simulator {
 
-// The keyboard of a terminal as the keys of a running unit: the arrows, Enter for ok, Esc, and p
-// for the power key. A terminal does not tell when a key is let go, so each is a short press.
+// Lets a terminal's keyboard act as the keys of a running unit: arrows, Enter for ok, Esc, and p
+// for the power key. A terminal does not report when a key is released, so each one is a short
+// press.
 class live_keys {
 public:
-    // Takes standard input, when it is a terminal in whose foreground this process runs, until the
-    // end of the scope. `power` is the panel's power key.
+    // Reads keys from standard input until the end of the scope, if it is a terminal and this
+    // process runs in its foreground. `power` is the panel's power key.
     live_keys(live_hand &acting, key power);
     ~live_keys();
     live_keys(const live_keys &) = delete;

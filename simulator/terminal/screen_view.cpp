@@ -12,8 +12,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int frame_columns = 2; // what is drawn around the picture
-constexpr int frame_rows = 3;    // two rules and the line of the key
+constexpr int frame_columns = 2; // the frame around the picture
+constexpr int frame_rows = 3;    // two rules and the line of the held key
 constexpr int least_columns = 18;
 
 fs::path file_of(size_t number) {
@@ -22,8 +22,8 @@ fs::path file_of(size_t number) {
     return name.data();
 }
 
-// How much of source pixel `from` lies in pixel `to` of a row that is made shorter, in 1/`length`
-// of a source pixel.
+// How much of source pixel `from` falls into pixel `to` when a row of `source_length` pixels is
+// reduced to `length`, in units of 1/`length` source pixel.
 int overlap(int from, int to, int source_length, int length) {
     const int begin = std::max(from * length, to * source_length);
     const int end = std::min((from + 1) * length, (to + 1) * source_length);
@@ -32,7 +32,7 @@ int overlap(int from, int to, int source_length, int length) {
 
 using colour = std::array<int, 3>;
 
-// The mean colour of what becomes one pixel.
+// The mean colour of the source pixels that become one pixel.
 colour mean(const picture &whole, int x, int y, int width, int height) {
     std::array<int64_t, 3> sum{};
     int64_t area = 0;
@@ -76,7 +76,7 @@ std::string line_of_blocks(const picture &whole, int line, int width, int height
     return text + "\033[0m";
 }
 
-// Without colours: the lighter, the fuller.
+// Without colours: denser characters for lighter pixels.
 std::string line_of_characters(const picture &whole, int line, int width, int height) {
     constexpr std::string_view shades = " .:-=+*#%@";
     std::string text;
@@ -117,7 +117,7 @@ bool screen_view::take(const picture &seen) {
     return true;
 }
 
-std::string screen_view::told(const event &happened) {
+std::string screen_view::line_for(const event &happened) {
     if (untold.empty()) {
         return {};
     }
@@ -126,9 +126,9 @@ std::string screen_view::told(const event &happened) {
     return line;
 }
 
-std::string screen_view::drawn(const drawing_room &room) const {
-    // Pixels are square: two of them, one above the other, in a cell twice as high as wide. One row
-    // of the terminal stays for the time line and one for the cursor.
+std::string screen_view::draw(const drawing_room &room) const {
+    // A cell is twice as high as wide, so it holds two square pixels, one above the other. One row
+    // of the terminal is left for the time line and one for the cursor.
     const int widest = (room.rows - frame_rows - 2) * 2 * now_seen.width / now_seen.height;
     const int width = std::max(std::min({room.columns - frame_columns, widest, now_seen.width}),
                                std::min(least_columns, now_seen.width));

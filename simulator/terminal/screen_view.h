@@ -7,25 +7,26 @@
 
 namespace simulator {
 
-// The screen of a unit, in true colour and half blocks, made smaller to fit the terminal; in shades
-// of characters where there are no colours. Where nothing can be drawn, a line tells of each
-// picture that it has not shown before.
+// The screen of a unit, drawn with half blocks in true colour and reduced to fit the terminal;
+// without colours, in characters of different density. Where nothing can be drawn, each picture
+// that is new gets a line.
 class screen_view : public panel_view {
 public:
-    // Those pictures are also written as PNG files into this directory, from which those of an
-    // earlier run are removed; nowhere when it is empty. Until the first one the user sees `dark`.
+    // New pictures are also written as PNG files to this directory, from which those of an earlier
+    // run are removed, unless the path is empty. `dark` is what the user sees before the first
+    // picture.
     screen_view(const std::filesystem::path &picture_directory, const picture &dark);
 
     bool take(const event &happened) override;
     bool take(const picture &seen) override;
-    std::string told(const event &happened) override;
-    std::string drawn(const drawing_room &room) const override;
+    std::string line_for(const event &happened) override;
+    std::string draw(const drawing_room &room) const override;
 
 private:
     std::filesystem::path directory;
     std::vector<picture> known;
     picture now_seen;
-    std::string untold; // the name of a picture that no line has told of yet
+    std::string untold; // the name of a picture that has had no line yet
     held_key key;
 };
 

@@ -10,7 +10,7 @@ namespace simulator {
 
 namespace {
 
-// Without its line end, and with nothing that a terminal would act upon.
+// Without the newline, and with control characters replaced.
 std::string printable(const std::string &text) {
     std::string shown = text.substr(0, text.find_last_not_of("\r\n") + 1);
     std::ranges::replace_if(
@@ -18,7 +18,7 @@ std::string printable(const std::string &text) {
     return shown;
 }
 
-// Events that get no line of their own: LED changes, pictures, transfers, waits and short sleeps.
+// Events without a line of their own: LED changes, pictures, transfers, waits and short sleeps.
 bool is_quiet(const event &happened) {
     switch (happened.kind) {
     case event_kind::led:

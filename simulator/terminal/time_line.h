@@ -7,8 +7,8 @@ namespace simulator {
 // How a line of the time line begins: "   2.263 s  desk    ".
 std::string line_begin(unit_time at, std::string_view label);
 
-// One line of the time line as people read it: "   2.263 s  desk    press ok". Empty for events
-// that get no line of their own (LED changes, pictures, transfers and short waits).
+// An event as a line of the time line: "   2.263 s  desk    press ok". Empty for events without a
+// line of their own (LED changes, pictures, transfers and short waits).
 std::string readable_line(const event &happened);
 
 } // namespace simulator

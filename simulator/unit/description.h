@@ -17,41 +17,42 @@
 
 namespace simulator {
 
-// The file with which the updater tells the rest of the unit that it is done.
+// The file by which the updater tells the rest of the unit that it is done.
 constexpr const char end_marker[] = "/tmp/update_over";
 
 // The SPI device nodes of a unit's displays.
 constexpr const char lcd_node[] = "/dev/spidev1.0";
 constexpr const char oled_node[] = "/dev/spidev0.0";
 
-// One thing that the description makes happen.
-struct happening {
-    std::string name; // as the time line tells it, "press ok"
+// Something that the description makes happen during the run.
+struct planned_action {
+    std::string name; // as the time line shows it: "press ok"
     moment when;
     std::function<void(struct running_unit &)> action;
 };
 
 enum class key : uint16_t; // see unit.h
 
-// Things that happen; `when` is the start of the run.
-happening pressing(key which);
-happening releasing(key which);
-happening removing(std::string_view path);
-happening cutting_power();
+// Make planned actions; their `when` is the start of the run.
+planned_action pressing(key which);
+planned_action releasing(key which);
+planned_action removing(std::string_view path);
+planned_action cutting_power();
 
-// What the actions of a description act on while the unit runs.
+// What planned actions act on while the unit runs.
 struct running_unit {
     std::filesystem::path root;
-    int key_device;     // -1 when the unit's is none that takes events
-    unit_time key_time; // the time that a key event tells
-    int signal_request; // the write end of the pipe to the unit's first process: one byte a signal
+    int key_device;     // -1 if the unit's key device takes no events
+    unit_time key_time; // the time stamp of a key event
+    int signal_request; // write end of the pipe to the unit's first process; each byte is a signal
+                        // number
     bool power_cut = false;
 };
 
 struct unit_plan {
     std::filesystem::path program;
     std::vector<std::function<void(const std::filesystem::path &)>> tree_changes;
-    std::vector<happening> happenings;
+    std::vector<planned_action> actions;
     std::vector<std::pair<int, uint64_t>> limits;
     std::map<std::string, std::string> environment;
     std::function<void(const event &)> watcher;
@@ -64,10 +65,10 @@ struct unit_plan {
     std::chrono::seconds patience{60};
 };
 
-// Makes the tree of a unit with the usual content below `root`.
+// Creates the tree of a unit with the usual content below `root`.
 void make_usual_tree(const std::filesystem::path &root);
 
-// The path below `root` of a path of the unit.
+// The path on the desk of a path of the unit whose tree is at `root`.
 std::filesystem::path below(const std::filesystem::path &root, std::string_view path);
 
 } // namespace simulator

@@ -6,7 +6,7 @@
 
 namespace simulator {
 
-// Throws std::system_error with what errno says.
+// Throws std::system_error with errno and `what`.
 [[noreturn]] inline void fail(const std::string &what) {
     throw std::system_error(errno, std::generic_category(), what);
 }

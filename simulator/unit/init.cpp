@@ -1,5 +1,6 @@
-// The unit's first process: puts the root together, starts the application and the program, and
-// collects what ends until the program has ended. With it the kernel ends all that still runs.
+// The unit's first process: assembles the root, starts the application and the program, and reaps
+// processes until the program has ended. When it exits, the kernel ends everything that still runs
+// in its pid namespace.
 
 #include "simulator/unit/init.h"
 
@@ -31,7 +32,7 @@ std::vector<char *> pointers(const std::vector<std::string> &texts) {
     return result;
 }
 
-void put_root_together(const std::string &root) {
+void assemble_root(const std::string &root) {
     show_system(root);
     show_devices(root);
     change_root(root);
@@ -41,7 +42,7 @@ void put_root_together(const std::string &root) {
     }
 }
 
-void be_careless() {
+void spoil_inherited_state() {
     sigset_t all;
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, nullptr);
@@ -52,8 +53,8 @@ void be_careless() {
     }
 }
 
-// How the desk takes signals is its own.
-void be_as_started_afresh(sighandler_t on_term = SIG_DFL) {
+// Undoes the desk's own handling of signals.
+void reset_signals(sighandler_t on_term = SIG_DFL) {
     signal(SIGHUP, SIG_DFL);
     signal(SIGINT, SIG_DFL);
     signal(SIGTERM, on_term);
@@ -62,8 +63,8 @@ void be_as_started_afresh(sighandler_t on_term = SIG_DFL) {
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// Forks with every signal held back in the child, so that none is lost before it is ready for it.
-pid_t fork_unsignalled() {
+// Forks with all signals blocked in the child, so that none is lost before its handlers are set.
+pid_t fork_with_signals_blocked() {
     sigset_t all, before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
@@ -74,7 +75,7 @@ pid_t fork_unsignalled() {
     return child;
 }
 
-// Runs `command` in a child with these descriptors as its standard input, output and error.
+// Starts `command` with these descriptors as its standard input, output and error.
 pid_t start(const std::vector<std::string> &command, const std::vector<std::string> &environment,
             int input, int output, int errors, const boot &how) {
     const pid_t child = fork();
@@ -89,9 +90,9 @@ pid_t start(const std::vector<std::string> &command, const std::vector<std::stri
         setrlimit(static_cast<__rlimit_resource>(resource), &limit);
     }
     signal(SIGPIPE, SIG_DFL);
-    close_range(3, ~0u, CLOSE_RANGE_CLOEXEC); // nothing of the desk's is open in the unit
+    close_range(3, ~0u, CLOSE_RANGE_CLOEXEC); // no descriptor of the desk is open in the unit
     if (how.careless_starter) {
-        be_careless();
+        spoil_inherited_state();
     }
     execve(command[0].c_str(), pointers(command).data(), pointers(environment).data());
     refuse(command[0]);
@@ -129,7 +130,7 @@ running start_processes(const boot &how) {
     return {first, second};
 }
 
-// Passes signals on to the program and collects ended processes until it is among them.
+// Forwards signals to the program and reaps ended processes until the program is one of them.
 int wait_for(pid_t program, int signal_request) {
     for (;;) {
         pollfd request = {signal_request, POLLIN, 0};
@@ -154,12 +155,12 @@ void end_first_process(int) {
     kill(first_process, SIGKILL);
 }
 
-[[noreturn]] void be_first_process(const boot &how) {
+[[noreturn]] void run_first_process(const boot &how) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    put_root_together(how.root);
+    assemble_root(how.root);
     const running processes = start_processes(how);
     const int status = wait_for(processes.program, how.signal_request);
-    [[maybe_unused]] const ssize_t told = write(how.result, &status, sizeof(status));
+    [[maybe_unused]] const ssize_t written = write(how.result, &status, sizeof(status));
     _exit(0);
 }
 
@@ -167,7 +168,7 @@ void end_first_process(int) {
 
 pid_t start_unit(const boot &how) {
     const pid_t desk = getpid();
-    const pid_t outer = fork_unsignalled();
+    const pid_t outer = fork_with_signals_blocked();
     if (outer != 0) {
         return outer;
     }
@@ -175,15 +176,16 @@ pid_t start_unit(const boot &how) {
     if (getppid() != desk) {
         _exit(0);
     }
-    setpgid(0, 0); // a key press of the desk's user that interrupts is the desk's to handle
-    // A process that enters a pid namespace stays outside; its next child is the first in it.
+    setpgid(0, 0); // Ctrl-C at the desk's terminal goes to the desk only
+    // unshare(2) moves only later children into a new pid namespace; the next one is its first
+    // process.
     enter_namespaces(CLONE_NEWPID | CLONE_NEWIPC | CLONE_NEWNET | CLONE_NEWUTS);
     first_process = fork();
     if (first_process == 0) {
-        be_as_started_afresh();
-        be_first_process(how);
+        reset_signals();
+        run_first_process(how);
     }
-    be_as_started_afresh(end_first_process);
+    reset_signals(end_first_process);
     close(how.result);
     waitpid(first_process, nullptr, 0);
     _exit(0);

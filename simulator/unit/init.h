@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-// What the first process of a unit needs to know.
+// What the first process of a unit needs in order to start it.
 struct boot {
     std::filesystem::path root;
     std::vector<std::string> command; // the program under observation and its arguments
@@ -19,14 +19,14 @@ struct boot {
     bool careless_starter = false; // see `unit::careless_starter`
     int output;                    // the program's standard output
     int errors;                    // the program's standard error
-    int signal_request;            // read end: each byte is a signal to send to the program
-    int result;                    // write end: takes the program's wait status when it has ended
+    int signal_request; // read end; each byte is the number of a signal to send to the program
+    int result;         // write end; gets the program's wait status when it has ended
 };
 
-// Starts the unit: namespaces of its own, the root as the unit sees it, the application and the
-// program. Everything in the unit ends with the process whose number this returns, which ends when
-// the program has ended, and with the calling process. Sent SIGTERM it ends the unit first, so that
-// nothing of the unit runs any more when it has ended.
+// Starts the unit: its own namespaces, the root as the unit sees it, the application and the
+// program. Returns the number of a process that exits when the program has ended. Everything in the
+// unit ends with that process, and with the calling process. On SIGTERM it ends the unit before it
+// exits itself, so nothing of the unit runs any more afterwards.
 pid_t start_unit(const boot &how);
 
 } // namespace simulator

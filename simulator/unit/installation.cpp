@@ -14,7 +14,7 @@ namespace {
 constexpr const char boundary[] = "simulator/boundary/boundary.so";
 constexpr const char program_path[] = "/.simulator/program";
 
-// The stand-ins are one program under many names, and where a unit has them.
+// Where a unit has stand-ins; all are one program under several names.
 constexpr const char *stand_ins[] = {"/.simulator/bin/S080_application", "/.simulator/bin/reboot",
                                      "/etc/init.d/S080_application", "/etc/init.d/rc.stop",
                                      "/etc/init.d/umount_all"};
@@ -25,8 +25,8 @@ void copy_executable(const fs::path &from, const fs::path &to) {
     fs::permissions(to, static_cast<fs::perms>(0755));
 }
 
-// What was built for a unit of another architecture takes the place of what was built beside the
-// desk, when such a build is named (see `unit::run`).
+// The build directory for a unit of another architecture, whose programs replace those of the
+// desk's own build; null if none is named (see `unit::run`).
 const char *foreign_build() {
     return getenv("RENEWER_FOREIGN_BUILD");
 }
@@ -44,7 +44,7 @@ void install_simulator(const fs::path &root, const fs::path &program) {
             copy_executable(part("simulator/unit/stand_in"), below(root, path));
         }
     }
-    // ld.so(8) puts the library directory of each process's own architecture for $LIB.
+    // ld.so(8) replaces $LIB by the library directory of the process's own architecture.
     copy_executable(part(boundary),
                     root / ".simulator/lib" / SIMULATOR_ARCHITECTURE / "boundary.so");
     if (foreign_build() != nullptr) {
@@ -59,10 +59,11 @@ std::vector<std::string> environment_of(const unit_plan &plan) {
     std::vector<std::string> result = {
         "PATH=/.simulator/bin:/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C", "HOME=/",
         "LD_PRELOAD=/.simulator/$LIB/boundary.so",
-        // The boundary stands ahead of the sanitizers' own libraries.
+        // The boundary is loaded ahead of the sanitizer's library, which the sanitizer would
+        // refuse.
         "ASAN_OPTIONS=verify_asan_link_order=0:log_path=/.simulator/report",
         "UBSAN_OPTIONS=log_path=/.simulator/report",
-        // A forked child takes a thread of its parent's that has ended for one that nobody joins.
+        // After a fork the child reports its parent's ended threads as never joined.
         "TSAN_OPTIONS=report_thread_leaks=0:log_path=/.simulator/report",
         std::string(speed_variable) + "=" + std::to_string(plan.clock_speed)};
     for (const auto &[name, value] : plan.environment) {

@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A reader sees the old content or the new one.
+// Replaces the file atomically: a reader sees either the old content or the new one.
 void replace_file(const fs::path &path, std::string_view content) {
     const fs::path beside = path.string() + ".new";
     std::ofstream(beside, std::ios::binary) << content;
@@ -42,12 +42,12 @@ void live_hand::cut_power() {
     ask(cutting_power());
 }
 
-void live_hand::ask(happening &&wanted) {
+void live_hand::ask(planned_action &&wanted) {
     const std::lock_guard lock(guard);
     asked.push_back(std::move(wanted));
 }
 
-std::vector<happening> live_hand::take() {
+std::vector<planned_action> live_hand::take() {
     const std::lock_guard lock(guard);
     return std::exchange(asked, {});
 }

@@ -8,9 +8,10 @@
 
 namespace simulator {
 
-// A hand on a running unit. What it does, from any thread, happens within some milliseconds of the
-// desk's and is an event of the time line ("act press ok"). Key events carry as their time 1000 s
-// and the time of the run. One run has one hand (`unit::in_hand`).
+// Acts on a running unit on behalf of a person. Its operations may be called from any thread; they
+// take effect within some milliseconds of the desk's clock and appear on the time line ("act press
+// ok"). Key events are stamped with 1000 s plus the time since the start of the run. One run has
+// one hand (`unit::in_hand`).
 class live_hand {
 public:
     void press(key which); // held until it is released
@@ -19,14 +20,14 @@ public:
     void acknowledge_end();                  // removes the end marker
     void cut_power();                        // ends the run, see `unit::cut_power`
 
-    // Takes what was asked for since the last call.
-    std::vector<struct happening> take();
+    // Returns what was requested since the last call.
+    std::vector<struct planned_action> take();
 
 private:
-    void ask(happening &&wanted);
+    void ask(planned_action &&wanted);
 
     std::mutex guard;
-    std::vector<happening> asked;
+    std::vector<planned_action> asked;
 };
 
 } // namespace simulator

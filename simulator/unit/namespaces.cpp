@@ -34,8 +34,8 @@ void write_text(const char *path, const std::string &text) {
     }
 }
 
-// Flags that a mount carries already may not be dropped in a user namespace, so the usual ones
-// are tried too.
+// In a user namespace a remount must keep the flags that the mount already has, so the usual
+// combinations are tried one after the other.
 void make_read_only(const std::string &target) {
     const unsigned long read_only = MS_REMOUNT | MS_BIND | MS_RDONLY;
     for (const unsigned long kept :
@@ -58,12 +58,13 @@ void enter_namespaces(int further_flags) {
     const uid_t user = getuid();
     const gid_t group = getgid();
     const bool own_users = unshare(CLONE_NEWUSER | CLONE_NEWNS | further_flags) == 0;
-    // Where user namespaces are refused (a chroot, a container's profile), root may do without.
+    // Where user namespaces are refused (in a chroot, by a container's profile), root does without.
     if (!own_users && (user != 0 || unshare(CLONE_NEWNS | further_flags) != 0)) {
         refuse(user == 0 ? refused_to_root : refused_to_user);
     }
     if (own_users) {
-        // An ordinary user may map only the own numbers, and only with setgroups denied.
+        // An ordinary user may only map its own ids, and the group only after setgroups is denied
+        // (user_namespaces(7)).
         write_text("/proc/self/setgroups", "deny");
         write_text("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
         write_text("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");

@@ -3,23 +3,23 @@
 #include <string>
 
 // Namespaces and mounts of a unit's root (namespaces(7), user_namespaces(7), mount_namespaces(7)).
-// Every operation ends the process with a message when the system refuses: half a root is none.
+// Every operation ends the process with a message if the system refuses: half a root is of no use.
 namespace simulator {
 
-// Moves this process, which must have one thread, into new user and mount namespaces and into the
-// others that `further_flags` names (CLONE_NEWPID and so on), as their root; root does without a
-// user namespace where those are refused. Mounts made from then on are seen by this process and its
-// children only.
+// Moves this process, which must be single-threaded, into new user and mount namespaces, and into
+// the others that `further_flags` names (CLONE_NEWPID and so on), with root's rights in them. Where
+// user namespaces are refused, root does without. Mounts made afterwards are visible to this
+// process and its children only.
 void enter_namespaces(int further_flags);
 
-// Shows a file or directory of the desk at the same path below `root`; a link is copied as a link,
-// and what does not exist on the desk is passed over.
+// Makes a file or directory of the desk visible at the same path below `root`. A link is copied as
+// a link; what does not exist on the desk is skipped.
 void show(const std::string &root, const std::string &path);
 
-// Shows the desk's programs and libraries below `root`, to be read only.
+// Makes the desk's programs and libraries visible below `root`, read-only.
 void show_system(const std::string &root);
 
-// Shows the harmless devices (null, zero, full, urandom) below `root`.
+// Makes harmless devices (null, zero, full, urandom) visible below `root`.
 void show_devices(const std::string &root);
 
 // Makes `root` the root directory and the working directory of this process.

@@ -12,13 +12,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Planned key events tell their planned time, not the desk's, so that what is printed of them is
-// the same in every run.
+// Planned key events are stamped with their planned time, not the actual one, so that the program
+// prints the same in every run.
 constexpr unit_time first_key_time = 1000s;
 
 constexpr int longest_desk_wait_ms = 5;
 
-// The kind that a record of the boundary names.
+// The event kind of this name; nothing if there is none.
 std::optional<event_kind> kind_named(std::string_view name) {
     for (int kind = 0; kind <= static_cast<int>(event_kind::exit); ++kind) {
         if (name_of(static_cast<event_kind>(kind)) == name) {
@@ -28,7 +28,7 @@ std::optional<event_kind> kind_named(std::string_view name) {
     return std::nullopt;
 }
 
-// The text up to the first blank, and what follows it.
+// Splits the text at its first blank.
 std::pair<std::string_view, std::string_view> first_word(std::string_view text) {
     const size_t blank = text.find(' ');
     return {text.substr(0, blank),
@@ -39,7 +39,7 @@ std::pair<std::string_view, std::string_view> first_word(std::string_view text) 
 
 observation::observation(const unit_plan &unit_plan, const running_unit &unit)
     : plan(unit_plan), start(std::chrono::steady_clock::now()), acting(unit) {
-    for (const happening &one : plan.happenings) {
+    for (const planned_action &one : plan.actions) {
         schedule.push_back({&one, 0, {}, false});
         if (one.when.line.empty()) {
             schedule.back().due = one.when.delay;
@@ -162,17 +162,17 @@ void observation::act() {
     for (scheduled &one : schedule) {
         if (one.due && !one.done && *one.due <= now()) {
             one.done = true;
-            make_happen(*one.what, one.what->when.delay);
+            perform(*one.what, one.what->when.delay);
         }
     }
     if (plan.hand != nullptr) {
-        for (const happening &one : plan.hand->take()) {
-            make_happen(one, now());
+        for (const planned_action &one : plan.hand->take()) {
+            perform(one, now());
         }
     }
 }
 
-void observation::make_happen(const happening &what, unit_time key_time) {
+void observation::perform(const planned_action &what, unit_time key_time) {
     note(event_kind::act, what.name);
     acting.key_time = first_key_time + key_time;
     what.action(acting);

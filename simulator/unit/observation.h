@@ -7,44 +7,44 @@
 
 namespace simulator {
 
-// What is seen of a run: the time line as it grows, the panel, and the happenings of the
-// description at their moments.
+// Watches a run: builds its time line, feeds the panel models, and performs planned actions when
+// they are due.
 class observation {
 public:
-    // Both stand for as long as the observation. The unit's time begins now.
+    // Both arguments must outlive this object. The unit's time begins now.
     observation(const unit_plan &plan, const running_unit &unit);
 
     // Adds an event to the time line.
     void note(event_kind kind, std::string text, bool background = false);
 
-    // Adds what was printed: each line is an event, and so is an unfinished line.
+    // Adds what was printed: each line is an event, and so is an unfinished last line.
     void note_printed(event_kind kind, std::string_view text);
 
-    // Takes a record of the boundary's (see boundary.h).
+    // Takes a record of the boundary (see protocol.h).
     void note_record(std::string_view record);
 
-    // Makes happen what is due and what a hand asks for, and looks for the end marker: the rest of
-    // the unit acts on it when it is there, not when it is asked for.
+    // Performs the actions that are due or that a hand has requested, and looks for the end marker.
+    // The marker counts when its file exists, not when the program runs the command that makes it.
     void act();
 
     bool power_cut() const { return acting.power_cut; }
 
-    // Milliseconds of the desk until the next happening may be due.
+    // Milliseconds of the desk's clock until the next action may be due.
     int desk_wait() const;
 
     outcome result;
 
 private:
-    // A happening whose moment is awaited, or known once `due` is set.
+    // A planned action that waits for its event; `due` is set when the event has been seen.
     struct scheduled {
-        const happening *what;
+        const planned_action *what;
         int occurrences_seen = 0;
         std::optional<unit_time> due;
         bool done = false;
     };
 
     unit_time now() const;
-    void make_happen(const happening &what, unit_time key_time);
+    void perform(const planned_action &what, unit_time key_time);
     void set_due(const event &happened);
     void take_command_end(std::string_view command);
     void take_level(std::string_view node, std::string_view number);

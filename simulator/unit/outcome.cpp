@@ -1,4 +1,4 @@
-// What a run left behind: its time line and its tree.
+// Questions about what a run left behind.
 
 #include "simulator/unit/outcome.h"
 

@@ -19,35 +19,35 @@ namespace simulator {
 // environment variable RENEWER_KEEP_UNIT is set.
 struct outcome {
     std::vector<event> events;
-    std::map<size_t, unit_time> durations; // of the shell's command lines, by number of the event
-    int exit_status = -1;   // -1 when the program was ended by a signal or by the real-time limit
-    int ended_by = 0;       // the signal's number, 0 for none
+    std::map<size_t, unit_time> durations; // of the shell's commands, by index of the event
+    int exit_status = -1;   // -1 if the program was ended by a signal or by the real-time limit
+    int ended_by = 0;       // number of the signal, 0 for none
     bool timed_out = false; // ended by the desk (see `unit::patience` and `unit::stop_when`)
     bool power_cut = false; // ended by a power cut
     long peak_memory_kib = 0;
-    // What the screen showed, one after the other; a picture stands until the next one does.
+    // What the screen showed, in order; each picture was shown until the next one.
     std::vector<picture> pictures;
-    // As they were left: the LCD behind "/dev/spidev1.0", the OLED behind "/dev/spidev0.0".
+    // Final states: the LCD behind "/dev/spidev1.0", the OLED behind "/dev/spidev0.0".
     sa1230_panel panel;
     ssd1327_panel oled;
     std::shared_ptr<const std::filesystem::path> tree;
 
-    // The lines of the events of these kinds (all kinds when none is named), one a line.
+    // The lines of the events of these kinds (all kinds if none is named), each with a newline.
     std::string transcript(std::initializer_list<event_kind> kinds = {}) const;
 
-    // What was printed on standard output, as it came.
+    // What was printed on standard output, unchanged.
     std::string output() const;
     std::string errors() const;
 
     bool has(std::string_view line) const; // whether some event's line contains `line`
     int count(std::string_view line) const;
-    // The time of the `occurrence`-th event whose line contains `line`; nothing when there is none.
+    // The time of the `occurrence`-th event whose line contains `line`; nothing if there is none.
     std::optional<unit_time> when(std::string_view line, int occurrence = 1) const;
 
-    // The content of a file of the tree, by its path on the unit; nothing when it does not exist.
+    // The content of a file, by its path on the unit; nothing if it does not exist.
     std::optional<std::string> file(std::string_view path) const;
     bool exists(std::string_view path) const; // links are not followed
-    // Path, kind and size of everything below a path of the unit, sorted, one a line.
+    // Path, kind and size of everything below a path of the unit, sorted, one entry per line.
     std::string listing(std::string_view path) const;
 };
 

@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr size_t head_len_offset = 20; // header and version text, a 32-bit little-endian number
+constexpr size_t head_len_offset = 20; // length of header and version text, 32 bits, little-endian
 
 void pack(const std::vector<std::string> &arguments) {
     if (run_pack(arguments).status != 0) {

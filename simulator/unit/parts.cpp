@@ -8,7 +8,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The running program lies somewhere below the top of its build, or in the bin of an installation.
+// The running program is somewhere below the top of its build, or in the bin of an installation.
 fs::path find_top() {
     const fs::path program = fs::read_symlink("/proc/self/exe");
     for (fs::path above = program.parent_path(); above != above.root_path();

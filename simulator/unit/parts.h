@@ -4,12 +4,11 @@
 
 namespace simulator {
 
-// The programs and files that a unit on the desk is made of, each named by where it lies in a
-// build: part("src/update/renewer"). An installed desk keeps them in the same order in
-// libexec/renewer-desk.
+// The path of a program or file that a simulated unit consists of, from its path in a build:
+// part("src/update/renewer"). An installed desk has the same tree in libexec/renewer-desk.
 std::filesystem::path part(const std::filesystem::path &place_in_build);
 
-// Where a part lies in the build, the opposite of `part`.
+// The path in the build of a part, the reverse of `part`.
 std::filesystem::path place_in_build(const std::filesystem::path &part);
 
 constexpr const char updater_place[] = "src/update/renewer";

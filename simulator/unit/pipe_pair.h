@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-// A pipe of the desk's, which the processes that it starts do not get.
+// A pipe of the desk that is not inherited by the programs it starts.
 struct pipe_pair {
     pipe_pair() : pipe_pair(made()) {}
 

@@ -11,7 +11,8 @@ namespace simulator {
 
 namespace {
 
-constexpr size_t largest_record = 256 * 1024; // above what a datagram may hold here
+constexpr size_t largest_record =
+    256 * 1024; // larger than any datagram that the kernel accepts here
 
 sockaddr_un address_of(const std::filesystem::path &path) {
     sockaddr_un address = {AF_UNIX, {}};
@@ -34,7 +35,7 @@ std::string own_address(int socket_fd) {
 int connected_sender(const sockaddr_un &to) {
     const int sender = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const sockaddr_un unnamed = {AF_UNIX, {}};
-    // Binding the family alone gives the socket an abstract address of its own (unix(7)).
+    // Binding to the bare address family assigns a unique abstract address (unix(7), autobind).
     if (sender < 0 ||
         bind(sender, reinterpret_cast<const sockaddr *>(&unnamed), sizeof(sa_family_t)) != 0 ||
         connect(sender, reinterpret_cast<const sockaddr *>(&to), sizeof(to)) != 0) {

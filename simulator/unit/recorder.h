@@ -8,24 +8,24 @@
 
 namespace simulator {
 
-// The socket that all output and all records of a unit come to, in the order in which they were
-// sent: each write is one datagram, and the sender's address tells which it is.
+// The socket that receives all output and all records of a unit in the order in which they were
+// sent. Each write is one datagram; the sender's address identifies the stream.
 class recorder {
 public:
-    // Throws when the socket cannot be made at `path`.
+    // Throws if the socket cannot be made at `path`.
     explicit recorder(const std::filesystem::path &path);
 
-    // What the program gets as its standard output and standard error.
+    // Descriptors for the program's standard output and standard error.
     int output() const { return out.get(); }
     int errors() const { return err.get(); }
 
-    // Becomes readable when something has come in.
+    // A descriptor that becomes readable when something has arrived.
     int incoming() const { return receiver.get(); }
 
     enum class source { none, output, errors, record };
 
-    // Takes the next of what has come in; `source::none` when there is nothing. The text stands
-    // until the next call.
+    // Takes the next datagram; returns `source::none` if there is none. The text is valid until the
+    // next call.
     source take(std::string_view &text);
 
 private:

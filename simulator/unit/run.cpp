@@ -1,5 +1,5 @@
-// One run of a program in a unit: makes the tree, starts the unit, makes happen what was
-// described, and writes down what is seen.
+// One run of a program in a unit: makes the tree, starts the unit, performs the planned actions and
+// records what happens.
 
 #include "simulator/boundary/protocol.h"
 #include "simulator/unit/description.h"
@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A directory that is removed with its last user, unless the user of the desk wants to keep it.
+// A directory that is removed with its last owner, unless RENEWER_KEEP_UNIT is set.
 std::shared_ptr<const fs::path> make_work_directory() {
     std::string name = fs::temp_directory_path() / "unit-XXXXXX";
     if (mkdtemp(name.data()) == nullptr) {
@@ -42,7 +42,7 @@ std::shared_ptr<const fs::path> make_work_directory() {
             }};
 }
 
-// What the sanitizers found in the processes of the unit.
+// The sanitizers' reports about the processes of the unit.
 std::string sanitizer_reports(const fs::path &root) {
     std::string reports;
     for (const auto &entry : fs::directory_iterator(root / ".simulator")) {
@@ -91,7 +91,8 @@ void take_records(recorder &from, observation &seen) {
     }
 }
 
-// Watches the unit, and acts on it, until its program has ended or the desk has had enough.
+// Watches the unit, and acts on it, until its program has ended, the patience is over or a stop is
+// requested.
 void observe(const unit_plan &plan, recorder &records, int result, pid_t unit_process,
              observation &seen) {
     const auto patience_ends = std::chrono::steady_clock::now() + plan.patience;

@@ -1,5 +1,5 @@
-// What a unit has beside the updater, as far as a run meets it: the main application, init scripts
-// and reboot. One program under their names; each tells the desk that it ran.
+// Stand-ins for the programs of a unit that a run of the updater uses: the main application, init
+// scripts and reboot. One program under all their names, which reports to the desk that it ran.
 
 #include "simulator/boundary/protocol.h"
 
@@ -27,7 +27,7 @@ void end_application(int) {
     _exit(0);
 }
 
-// Runs until it is told to end; reads what comes in on its standard input and shows it.
+// Runs until SIGTERM; copies its standard input to its standard output.
 int application() {
     signal(SIGTERM, end_application);
     char bytes[4096];

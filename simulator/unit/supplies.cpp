@@ -24,7 +24,7 @@ supply_file adc_count(int channel, std::string_view text) {
     return {name, "/sys/bus/iio/devices/iio:device0/" + name, std::string(text)};
 }
 
-// The raw counts of the converter behind a voltage, by the inputs' divider and offset.
+// Convert voltages to raw counts of the converter, by the divider and offset of each input.
 
 supply_file battery_at(double volts) {
     return counted("battery", volts, 1, volts * 1023.0 / (5.255 * 1.8));

@@ -1,4 +1,4 @@
-// The file tree of a unit as it stands before a run.
+// The file tree of a unit before a run.
 
 #include "simulator/unit/description.h"
 #include "simulator/unit/parts.h"
@@ -41,7 +41,7 @@ void write_file(const fs::path &path, std::string_view content, unsigned mode) {
 
 constexpr const char key_device_path[] = "/dev/input/event1";
 
-// Seven bytes that nobody reads, then the part number.
+// Seven unused bytes, then the part number.
 std::string host_record(std::string_view part_number) {
     return "unit 1 " + std::string(part_number) + '\0';
 }
@@ -181,7 +181,8 @@ unit &unit::dead_key_device() {
 }
 
 unit &unit::failing_key_device() {
-    return without(key_device_path).directory(key_device_path); // read(2) of one gives EISDIR
+    return without(key_device_path)
+        .directory(key_device_path); // read(2) of a directory fails with EISDIR
 }
 
 } // namespace simulator

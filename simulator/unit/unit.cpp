@@ -1,4 +1,4 @@
-// What happens to a unit during a run, and how the run is watched.
+// Actions on a unit during a run, and how the run is watched.
 
 #include "simulator/unit/unit.h"
 
@@ -42,8 +42,8 @@ void send_key_event(const running_unit &running, uint16_t type, uint16_t code, i
     }
 }
 
-// What a key does when it is pressed or released: its event and the synchronisation event.
-happening moving(const char *how, key which, int32_t value) {
+// A key that is pressed or released sends its event and a synchronisation event.
+planned_action moving(const char *how, key which, int32_t value) {
     return {how + std::string(name_of(which)), {}, [which, value](running_unit &running) {
                 send_key_event(running, 1, static_cast<uint16_t>(which), value);
                 send_key_event(running, 0, 0, 0);
@@ -54,41 +54,41 @@ moment later(const moment &when, unit_time delay) {
     return {when.line, when.delay + delay, when.occurrence};
 }
 
-happening planned(happening what, const moment &when) {
+planned_action planned(planned_action what, const moment &when) {
     what.when = when;
     return what;
 }
 
 } // namespace
 
-happening pressing(key which) {
+planned_action pressing(key which) {
     return moving("press ", which, 1);
 }
 
-happening releasing(key which) {
+planned_action releasing(key which) {
     return moving("release ", which, 0);
 }
 
-happening removing(std::string_view path) {
+planned_action removing(std::string_view path) {
     return {"remove " + std::string(path), {}, [path = std::string(path)](running_unit &running) {
                 fs::remove_all(below(running.root, path));
             }};
 }
 
-happening cutting_power() {
+planned_action cutting_power() {
     return {"cut the power", {}, [](running_unit &running) { running.power_cut = true; }};
 }
 
 unit::unit() : plan(std::make_shared<unit_plan>()) {}
 
 unit &unit::press(key which, const moment &when, unit_time hold) {
-    plan->happenings.push_back(planned(pressing(which), when));
-    plan->happenings.push_back(planned(releasing(which), later(when, hold)));
+    plan->actions.push_back(planned(pressing(which), when));
+    plan->actions.push_back(planned(releasing(which), later(when, hold)));
     return *this;
 }
 
 unit &unit::key_event(uint16_t code, int32_t value, const moment &when) {
-    plan->happenings.push_back(
+    plan->actions.push_back(
         {"key event " + std::to_string(code) + " " + std::to_string(value), when,
          [code, value](const running_unit &running) { send_key_event(running, 1, code, value); }});
     return *this;
@@ -99,7 +99,7 @@ unit &unit::acknowledge_end(unit_time delay) {
 }
 
 unit &unit::remove(std::string_view path, const moment &when) {
-    plan->happenings.push_back(planned(removing(path), when));
+    plan->actions.push_back(planned(removing(path), when));
     return *this;
 }
 
@@ -122,7 +122,7 @@ unit &unit::fill_disk(std::string_view path, const moment &when) {
 }
 
 unit &unit::kill_program(int signal, const moment &when) {
-    plan->happenings.push_back(
+    plan->actions.push_back(
         {"signal " + std::to_string(signal), when, [signal](const running_unit &running) {
              const char number = static_cast<char>(signal);
              [[maybe_unused]] const ssize_t sent = ::write(running.signal_request, &number, 1);
@@ -131,7 +131,7 @@ unit &unit::kill_program(int signal, const moment &when) {
 }
 
 unit &unit::cut_power(const moment &when) {
-    plan->happenings.push_back(planned(cutting_power(), when));
+    plan->actions.push_back(planned(cutting_power(), when));
     return *this;
 }
 
@@ -142,7 +142,7 @@ unit &unit::in_hand(live_hand &acting) {
 
 unit &unit::does(std::string_view name, std::function<void(const fs::path &)> action,
                  const moment &when) {
-    plan->happenings.push_back(
+    plan->actions.push_back(
         {std::string(name), when, [action](const running_unit &running) { action(running.root); }});
     return *this;
 }

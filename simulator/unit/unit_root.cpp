@@ -13,10 +13,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Its presence says that the process is in a unit's root.
+// Exists if the process is already in a unit's root.
 constexpr const char inside_mark[] = "/.unit";
 
-// Where the root is put together: any directory does, since the mount is this process's alone.
+// Where the root is assembled. Any directory will do: only this process sees the mount.
 constexpr const char root[] = "/mnt";
 
 } // namespace

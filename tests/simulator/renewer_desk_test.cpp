@@ -158,9 +158,8 @@ TEST(renewer_desk, says_what_would_be_right) {
         {"demo --model oled --answer ok", 2, "renewer-desk: --model oled takes"},
         {"demo --answer other", 2, "renewer-desk: --answer takes ok, power, decline or none"},
         {"demo --answer decline --speed 500", 2, "renewer-desk: two presses of the power key"},
-        {"demo --battery full", 2, "renewer-desk: --battery: volts from 0 to 60 are wanted"},
-        {"demo --press ok", 2,
-         "renewer-desk: --press: \"ok\" is no key press; right would be ok@2s"},
+        {"demo --battery full", 2, "renewer-desk: --battery: expected volts from 0 to 60"},
+        {"demo --press ok", 2, "renewer-desk: --press: \"ok\" is not a key press; expected ok@2s"},
         {"demo --speed 0", 2, "renewer-desk: --speed takes a number from 0.1 to 1000"},
         {"demo more", 2, "renewer-desk: "},
     });
@@ -205,7 +204,7 @@ TEST(renewer_desk, tells_the_story_as_data_and_as_a_page) {
 TEST(terminal, tells_patterns_when_they_stand) {
     led_view view;
     const auto told = [&](event happened) {
-        const std::string line = view.told(happened);
+        const std::string line = view.line_for(happened);
         view.take(happened);
         return line;
     };
@@ -239,7 +238,7 @@ TEST(terminal, panels_fit_it) {
         {leds, {20, 24, false}, 20, 10, "|  [ power ]  "},
     };
     for (const auto &[view, room, width, lines, shown] : cases) {
-        const std::string drawing = view.drawn(room);
+        const std::string drawing = view.draw(room);
         EXPECT_EQ(std::ranges::count(drawing, '\n'), lines) << drawing;
         EXPECT_EQ(drawing.find('\n'), static_cast<size_t>(width)) << drawing;
         EXPECT_THAT(drawing, HasSubstr(shown));

@@ -32,26 +32,25 @@ TEST(unit_file, names_line_and_field_of_what_is_wrong) {
         {"model: led\nbatery: 6\n",
          ":2: batery: there is no such field; there are model, pn, battery, external, type_c, "
          "usb_mode, files, versions, pictures, keys, application, faults"},
-        {"{\"model\": \"led\",\n \"battery\": \"full\"}", ":2: battery: a number is wanted"},
-        {"battery: .nan", ":1: battery: a number is wanted"},
-        {"battery: {raw: 1e9}", ":1: battery.raw: a number from 0 to 65535 is wanted"},
+        {"{\"model\": \"led\",\n \"battery\": \"full\"}", ":2: battery: expected a number"},
+        {"battery: .nan", ":1: battery: expected a number"},
+        {"battery: {raw: 1e9}", ":1: battery.raw: expected a number from 0 to 65535"},
         {"\n\nmodel: tube\n",
-         ":3: model: \"tube\" is no model; right would be led, screen, or characters 2 and 3 of "
+         ":3: model: \"tube\" is not a model; expected led, screen, or characters 2 and 3 of "
          "the part number"},
         {"pn: 10", ":1: pn: a part number has 4 to 69 characters"},
         {"keys:\n  - ok@2s\n  - start@1s\n",
          ":3: keys: there is no key \"start\"; keys are ok, right, left, down, up, esc, power"},
-        {"keys: [ok@]",
-         ":1: keys: a moment is missing; right would be 2s, start+2s or \"runs sync\""},
+        {"keys: [ok@]", ":1: keys: a moment is missing; expected 2s, start+2s or \"runs sync\""},
         {"files: {/a/../../etc/passwd: x}",
-         ":1: files./a/../../etc/passwd: an absolute path on the unit is wanted"},
+         ":1: files./a/../../etc/passwd: expected an absolute path on the unit"},
         {"files: {/a: {from: nowhere}}", ":1: files./a.from: there is no file "},
         {"files: {/a: {text: x, mode: 0999}}",
-         ":1: files./a.mode: an octal number is wanted, like 0755"},
+         ":1: files./a.mode: expected an octal number, like 0755"},
         {"application: {acknowledges: soon}",
-         ":1: application.acknowledges: \"soon\" is no time; right would be 2s, 300ms or 2min, up "
+         ":1: application.acknowledges: \"soon\" is not a time; expected 2s, 300ms or 2min, up "
          "to a day"},
-        {"faults: [power_cut]", ":1: faults: fields with their values are wanted"},
+        {"faults: [power_cut]", ":1: faults: expected fields with their values"},
         {"model: [led", ":1: end of sequence flow not found"},
     };
     for (const auto &[text, expected] : cases) {

@@ -12,7 +12,8 @@ const leds = [
   ["Light_Power", "POWER", "green"],
 ];
 
-// Each front: its keys (name on the unit, label, the keyboard's key) and what answers the question.
+// The keys of each front (name on the unit, label, key of the keyboard) and a hint how to answer the
+// question.
 // On the panel with LEDs the key of the code of "right" is the power key.
 const fronts = {
   led: {
@@ -35,13 +36,13 @@ const folded_within = 4; // lines: a loop of the unit repeats several
 let front = null;
 let shown_picture = -1;
 
-// What is asked of the desk goes one after the other, so that no release overtakes its press.
+// Requests to the desk are sent one after the other, so that no release overtakes its press.
 let asked = Promise.resolve();
 function ask(what, value = "", body = undefined) {
   asked = asked.then(async () => {
     const answer = await fetch(`${what}?value=${encodeURIComponent(value)}`, { method: "POST", body });
     trouble(answer.ok ? "" : await answer.text());
-  }).catch(() => {}); // a desk that is gone shows in the stream
+  }).catch(() => {}); // the stream reports a desk that is gone
 }
 
 function trouble(text) {
@@ -89,7 +90,7 @@ function make_key([key, label, on_keyboard, spoken]) {
     button.addEventListener(end, (event) => let_go(event.pointerId));
   }
   button.addEventListener("contextmenu", (event) => event.preventDefault());
-  // A click that no pointer made comes from a screen reader: it can hold nothing.
+  // A click without a pointer comes from a screen reader, which cannot hold a key.
   button.addEventListener("click", () => {
     if (!by_hand) {
       hold(key, "click");
@@ -100,10 +101,10 @@ function make_key([key, label, on_keyboard, spoken]) {
   return button;
 }
 
-// Where keys of the keyboard have a use of their own on the page.
+// Elements of the page that use some keys of the keyboard themselves.
 const uses = [["button, input:not([type=range])", /^(Enter| )$/], ["input, ol", /^Arrow/], ["select", /./]];
 
-// The unit's key that a key of the keyboard is, if any.
+// The unit's key for a key of the keyboard, if there is one.
 function key_of(event) {
   const target = event.target;
   if (target.dataset?.key && (event.key === "Enter" || event.key === " ")) {
@@ -161,7 +162,7 @@ function show_lamps(lit) {
   }
 }
 
-// Whole screen pixels for each pixel of the unit, so that none is wider than another.
+// An integer scale, so that all pixels of the unit have the same size.
 function fit_screen() {
   const canvas = at("screen");
   const room = at("glass").clientWidth - 20;
@@ -179,7 +180,7 @@ async function show_picture(state) {
   const answer = await fetch(`picture?value=${state.picture}`);
   const rgb = new Uint8Array(await answer.arrayBuffer());
   if (state.picture !== shown_picture) {
-    return; // another has come since
+    return; // outdated: another picture is being loaded
   }
   const canvas = at("screen");
   canvas.width = Number(answer.headers.get("X-Width"));
@@ -240,7 +241,7 @@ at("usb").addEventListener("change", () => ask("usb", at("usb").value));
 for (const button of at("hands").children) {
   button.addEventListener("click", () => ask(button.id));
 }
-// Whoever has started a run goes on with the keys; Enter is OK from then on.
+// After a start the keys get the focus, so that Enter means OK.
 for (const what of ["start", "resume"]) {
   at(what).addEventListener("click", () => at("keys").querySelector("[data-key=ok]")?.focus());
 }
@@ -298,7 +299,7 @@ function add_lines(lines) {
   }
 }
 
-// What the desk tells: a run begins ("run"), things happen ("lines"), the unit is so ("state").
+// Messages of the desk: a run has begun ("run"), events ("lines"), the unit's state ("state").
 const stream = new EventSource("events");
 stream.addEventListener("run", () => {
   at("events").replaceChildren();

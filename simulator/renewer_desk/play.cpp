@@ -1,4 +1,4 @@
-#include "simulator/renewer_desk/performance.h"
+#include "simulator/renewer_desk/play.h"
 
 #include "simulator/terminal/front_panel.h"
 #include "simulator/terminal/led_view.h"
@@ -20,52 +20,52 @@ void request_stop(int) {
     stop_requested = true;
 }
 
-std::unique_ptr<panel_view> view_of(const performance &playing, const run_options &options) {
-    if (!playing.offer) {
+std::unique_ptr<panel_view> view_of(const run_setup &setup, const run_options &options) {
+    if (!setup.offer) {
         return std::make_unique<screen_view>(options.pictures, ssd1327_panel().seen());
     }
-    if (has_screen(playing.described)) {
+    if (has_screen(setup.described)) {
         return std::make_unique<screen_view>(options.pictures, sa1230_panel().seen());
     }
     return std::make_unique<led_view>();
 }
 
-// The package comes before what the description says of files, which may be of the package. A
-// second start finds what the first has left.
-unit made(const performance &playing, const run_options &options, bool with_package) {
+// The package is added before the described files, which may replace some of its own. A second
+// start finds what the first one has left.
+unit made(const run_setup &setup, const run_options &options, bool with_package) {
     unit it;
     if (with_package) {
-        take(it, *playing.offer);
-        if (!playing.script.empty()) {
-            it.install_script(content_of_file(playing.script.string()));
+        take(it, *setup.offer);
+        if (!setup.script.empty()) {
+            it.install_script(content_of_file(setup.script.string()));
         }
     }
     it.clock_speed(options.speed).patience(options.patience).stop_when(stop_requested);
-    describe(it, playing.described);
-    if (!playing.program.empty()) {
-        it.program(playing.program);
+    describe(it, setup.described);
+    if (!setup.program.empty()) {
+        it.program(setup.program);
     }
     return it;
 }
 
-told_run run_in(unit &it, const performance &playing, front_panel &panel, key power) {
-    told_run told;
+recorded_run run_in(unit &it, const run_setup &setup, front_panel &panel, key power) {
+    recorded_run recorded;
     live_hand hand;
     const live_keys keys(hand, power);
     it.in_hand(hand)
-        .before_start([&](const std::filesystem::path &tree) { told.before = files_of(tree); })
+        .before_start([&](const std::filesystem::path &tree) { recorded.before = files_of(tree); })
         .watch([&](const event &happened) {
             panel.show(happened);
-            stop_requested = stop_requested || !panel.heard();
+            stop_requested = stop_requested || !panel.output_works();
         })
         .watch_screen([&](const picture &seen) { panel.show(seen); });
-    told.end = it.run(playing.arguments);
+    recorded.end = it.run(setup.arguments);
     panel.finish();
-    if (told.end.events.empty() && told.end.exit_status < 0 && !told.end.timed_out) {
+    if (recorded.end.events.empty() && recorded.end.exit_status < 0 && !recorded.end.timed_out) {
         throw std::runtime_error("the unit could not be started");
     }
-    told.after = files_of(*told.end.tree);
-    return told;
+    recorded.after = files_of(*recorded.end.tree);
+    return recorded;
 }
 
 } // namespace
@@ -74,28 +74,28 @@ void take_signals() {
     for (const int end : {SIGINT, SIGTERM, SIGHUP}) {
         signal(end, request_stop);
     }
-    signal(SIGPIPE, SIG_IGN); // the unit must be put away first
+    signal(SIGPIPE, SIG_IGN); // otherwise the unit would not be cleaned up
 }
 
 bool end_is_requested() {
     return stop_requested;
 }
 
-run_story play(const performance &playing, const run_options &options) {
+run_story play(const run_setup &setup, const run_options &options) {
     run_story story;
-    story.described = playing.described;
-    story.offer = playing.offer;
-    story.arguments = playing.arguments;
+    story.described = setup.described;
+    story.offer = setup.offer;
+    story.arguments = setup.arguments;
     story.speed = options.speed;
-    const std::unique_ptr<panel_view> view = view_of(playing, options);
-    front_panel panel(*view, showing_here(options.plain, options.verbose));
-    const key power = power_key_of(playing.described);
-    printf("%s\n", playing.told.c_str());
-    unit first = made(playing, options, playing.offer.has_value());
-    story.runs.push_back(run_in(first, playing, panel, power));
-    if (story.runs.back().end.power_cut && playing.described.start_again) {
+    const std::unique_ptr<panel_view> view = view_of(setup, options);
+    front_panel panel(*view, detect_output_style(options.plain, options.verbose));
+    const key power = power_key_of(setup.described);
+    printf("%s\n", setup.introduction.c_str());
+    unit first = made(setup, options, setup.offer.has_value());
+    story.runs.push_back(run_in(first, setup, panel, power));
+    if (story.runs.back().end.power_cut && setup.described.start_again) {
         printf("\nThe power is back; the updater is started on what was left.\n");
-        performance again = playing;
+        run_setup again = setup;
         again.described.power_cut.reset();
         unit second = made(again, options, false);
         second.started_on(story.runs.back().end);
@@ -120,8 +120,8 @@ std::vector<key_press> keys_of_answer(const std::string &answer, bool screen) {
         return {press("esc@2s")};
     }
     if (answer != "none") {
-        throw misused(screen ? "--answer takes ok, other, decline or none with a screen"
-                             : "--answer takes ok, power, decline or none with LEDs");
+        throw usage_error(screen ? "--answer takes ok, other, decline or none with a screen"
+                                 : "--answer takes ok, power, decline or none with LEDs");
     }
     return {};
 }

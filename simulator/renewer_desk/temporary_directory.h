@@ -9,22 +9,22 @@
 
 namespace simulator {
 
-// A directory of the desk that is gone with the run.
-class desk_directory {
+// A new directory that is removed, with its content, at the end of the scope.
+class temporary_directory {
 public:
-    desk_directory() {
+    temporary_directory() {
         std::string name = std::filesystem::temp_directory_path() / "renewer-desk.XXXXXX";
         if (mkdtemp(name.data()) == nullptr) {
             throw std::runtime_error(name + ": " + strerror(errno));
         }
         path = name;
     }
-    ~desk_directory() {
+    ~temporary_directory() {
         std::error_code ignored;
         std::filesystem::remove_all(path, ignored);
     }
-    desk_directory(const desk_directory &) = delete;
-    desk_directory &operator=(const desk_directory &) = delete;
+    temporary_directory(const temporary_directory &) = delete;
+    temporary_directory &operator=(const temporary_directory &) = delete;
 
     std::filesystem::path path;
 };
