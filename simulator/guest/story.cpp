@@ -14,6 +14,7 @@
 #include <sstream>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
+#include <time.h>
 
 namespace simulator {
 
@@ -59,6 +60,7 @@ private:
     void start();
     void look_at_panel();
     void take_signal();
+    void note_processor_time() const;
     void act();
     void perform(const std::string &action);
     int wait_ms() const;
@@ -189,11 +191,22 @@ void player::look_at_panel() {
     note("screen picture " + number);
 }
 
+// What the program has used so far, its threads together and its commands not.
+void player::note_processor_time() const {
+    clockid_t its_clock = {};
+    timespec used = {};
+    if (clock_getcpuclockid(program, &its_clock) == 0 && clock_gettime(its_clock, &used) == 0) {
+        std::ofstream(directory / "processor_ms")
+            << static_cast<double>(used.tv_sec) * 1e3 + static_cast<double>(used.tv_nsec) / 1e6;
+    }
+}
+
 void player::take_signal() {
     signalfd_siginfo information;
     while (::read(signals.get(), &information, sizeof(information)) > 0) {
         if (information.ssi_signo == reboot_request) {
             note("reboot requested");
+            note_processor_time();
             how = ending::reboot;
             end_due = clock::now() + last_moments;
         }
