@@ -2,8 +2,8 @@
 #include "simulator/panel_page/server.h"
 #include "simulator/renewer_desk/commands.h"
 #include "simulator/renewer_desk/play.h"
-#include "simulator/renewer_desk/temporary_directory.h"
 #include "simulator/unit/parts.h"
+#include "simulator/unit/temporary_directory.h"
 
 #include <cstdio>
 

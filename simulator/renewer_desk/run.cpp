@@ -1,9 +1,9 @@
 #include "simulator/desk/unit_file.h"
 #include "simulator/renewer_desk/play.h"
-#include "simulator/renewer_desk/temporary_directory.h"
 #include "simulator/report/report.h"
 #include "simulator/unit/package.h"
 #include "simulator/unit/parts.h"
+#include "simulator/unit/temporary_directory.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,21 +1,19 @@
 // The example applications, built against the installed libraries, in a unit.
 
+#include "simulator/unit/temporary_directory.h"
 #include "simulator/unit/unit.h"
 #include "tests/package/sample.h"
+#include "tests/support/command.h"
 #include "tests/support/files.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <unistd.h>
 
 using namespace simulator;
 using namespace std::string_literals;
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char package_path[] = "/media/sda1/update_abc_b20240523.bin";
 
@@ -35,15 +33,14 @@ struct signed_package {
 };
 
 signed_package sign(const std::string &package) {
-    const fs::path work = fs::temp_directory_path() / ("signed." + std::to_string(getpid()));
-    put_file(work / "p", package);
-    const std::string command = "cd " + work.string() +
-                                " && minisign -G -W -p pub -s sec >/dev/null 2>&1"
-                                " && minisign -S -s sec -m p -t 'release 1.2.3' >/dev/null 2>&1";
-    EXPECT_EQ(system(command.c_str()), 0);
-    signed_package made = {package, get_file(work / "p.minisig"), get_file(work / "pub")};
-    fs::remove_all(work);
-    return made;
+    const temporary_directory work;
+    put_file(work.path / "p", package);
+    EXPECT_EQ(run_command("cd " + work.path.string() +
+                          " && minisign -G -W -p pub -s sec >/dev/null 2>&1"
+                          " && minisign -S -s sec -m p -t 'release 1.2.3' >/dev/null 2>&1")
+                  .status,
+              0);
+    return {package, get_file(work.path / "p.minisig"), get_file(work.path / "pub")};
 }
 
 outcome start_update(const signed_package &made) {

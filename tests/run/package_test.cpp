@@ -1,12 +1,11 @@
 #include "simulator/unit/package.h"
+#include "simulator/unit/temporary_directory.h"
 #include "simulator/unit/unit.h"
 
 #include "tests/support/files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <unistd.h>
 
 using namespace simulator;
 using testing::HasSubstr;
@@ -19,29 +18,19 @@ constexpr const char script[] = "#!/bin/sh\n"
                                 "echo the script of the package\n"
                                 "cp /firmware/renewer.bin /data/app/seen\n";
 
-// A directory on the desk for the package of a test.
-class package_run : public testing::Test {
-protected:
-    package_run() : directory(testing::TempDir() + "package_run." + std::to_string(getpid())) {
-        fs::create_directories(directory);
-    }
-    ~package_run() override { fs::remove_all(directory); }
+outcome run_with_package_for(std::string_view pn) {
+    const temporary_directory desk;
+    const fs::path file = desk.path / "update.bin";
+    make_package(file, pn, script);
+    return unit()
+        .model("13")
+        .package(file)
+        .press(key::ok, after("led Light_Gps 255", 1s))
+        .acknowledge_end(500ms)
+        .run({"3", path, ""});
+}
 
-    outcome run_with_package_for(std::string_view pn) {
-        const fs::path file = directory / "update.bin";
-        make_package(file, pn, script);
-        return unit()
-            .model("13")
-            .package(file)
-            .press(key::ok, after("led Light_Gps 255", 1s))
-            .acknowledge_end(500ms)
-            .run({"3", path, ""});
-    }
-
-    fs::path directory;
-};
-
-TEST_F(package_run, package_for_this_unit_is_installed_from_end_to_end) {
+TEST(package_run, package_for_this_unit_is_installed_from_end_to_end) {
     const outcome end = run_with_package_for("1013563400120000");
     EXPECT_THAT(end.output(), HasSubstr("version_content: 1.1.4.0\n"
                                         "git_version    : 1a2b3c4d\n"));
@@ -58,7 +47,7 @@ TEST_F(package_run, package_for_this_unit_is_installed_from_end_to_end) {
     EXPECT_EQ(end.file("/data/app/seen").value_or(""), updater);
 }
 
-TEST_F(package_run, package_for_another_unit_is_refused) {
+TEST(package_run, package_for_another_unit_is_refused) {
     const outcome end = run_with_package_for("1016563400120000");
     EXPECT_THAT(end.output(), HasSubstr("2,3 PN not fit!\n"));
     EXPECT_FALSE(end.exists("/data/app/seen"));
@@ -66,8 +55,9 @@ TEST_F(package_run, package_for_another_unit_is_refused) {
     EXPECT_EQ(end.exit_status, 0);
 }
 
-TEST_F(package_run, damaged_package_does_not_reach_the_unit) {
-    const fs::path file = directory / "update.bin";
+TEST(package_run, damaged_package_does_not_reach_the_unit) {
+    const temporary_directory desk;
+    const fs::path file = desk.path / "update.bin";
     make_package(file, "1013563400120000", script);
     std::string bytes = get_file(file);
     bytes.back() = static_cast<char>(bytes.back() ^ 1);

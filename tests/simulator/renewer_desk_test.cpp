@@ -3,16 +3,15 @@
 #include "simulator/terminal/front_panel.h"
 #include "simulator/terminal/led_view.h"
 #include "simulator/terminal/screen_view.h"
+#include "simulator/unit/temporary_directory.h"
+#include "tests/support/command.h"
+#include "tests/support/files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
-#include <sys/wait.h>
 
 using namespace simulator;
 using testing::HasSubstr;
@@ -22,28 +21,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct ended {
-    int status;
-    std::string output, last_line;
-};
-
-ended run_command(const std::string &command) {
-    FILE *pipe = popen((command + " 2>&1").c_str(), "r");
-    if (pipe == nullptr) {
-        throw std::runtime_error("cannot start " + command);
-    }
-    std::string output;
-    for (int byte; (byte = fgetc(pipe)) != EOF;) {
-        output.push_back(static_cast<char>(byte));
-    }
-    const int status = WEXITSTATUS(pclose(pipe));
+std::string last_line_of(const std::string &output) {
     const std::string lines = output.substr(0, output.find_last_not_of('\n') + 1);
-    return {status, output, lines.substr(lines.rfind('\n') + 1)};
+    return lines.substr(lines.rfind('\n') + 1);
 }
 
 // The directory in which the desk works and leaves its own directories: empty after each command.
-class work_directory {
-public:
+struct work_directory : temporary_directory {
+    const std::string in = "cd '" + path.string() + "' && TMPDIR='" + path.string() + "/tmp' ";
+
     work_directory() {
         fs::create_directories(path / "tmp");
         put("good.sh", "#!/bin/sh\necho working\n");
@@ -52,29 +38,21 @@ public:
         put("log", "new host pack!\n2,3 PN fit!\ncoming................updating1110\n");
         fs::create_directories(path / "unpacked");
         fs::copy(path / "good.sh", path / "unpacked/install.sh");
-        for (const char *name : {"good", "bad", "hang"}) {
-            run_command(in() + PACK " create -o " + name +
-                        ".bin --version 1.1.4.0 --pn "
-                        "1013563400120000 --revision 1a2b3c4d install=" +
-                        name + ".sh renewer=good.sh");
+        for (const std::string name : {"good", "bad", "hang"}) {
+            run_command(in + PACK " create -q -o " + name + ".bin --version 1.1.4.0 " +
+                        "--pn 1013563400120000 --revision 1a2b3c4d install=" + name +
+                        ".sh renewer=good.sh");
         }
         put("cut.bin", std::string("\x03\x77\x00\x77", 4));
     }
-    ~work_directory() { fs::remove_all(path); }
-
     void put(const char *name, const std::string &text) const {
-        std::ofstream(path / name, std::ios::binary) << text;
+        put_file(path / name, text);
         fs::permissions(path / name, fs::perms(0755));
     }
-    ended desk(const std::string &options) const { return run_command(in() + DESK " " + options); }
-    std::ptrdiff_t left() const { return std::distance(fs::directory_iterator(path / "tmp"), {}); }
-
-    const fs::path path = testing::TempDir() + "desk-" + std::to_string(getpid());
-
-private:
-    std::string in() const {
-        return "cd '" + path.string() + "' && TMPDIR='" + path.string() + "/tmp' ";
+    ended_command desk(const std::string &options) const {
+        return run_command(in + DESK " " + options + " 2>&1");
     }
+    std::ptrdiff_t left() const { return std::distance(fs::directory_iterator(path / "tmp"), {}); }
 };
 
 // A command line, its exit status, and how its last line begins.
@@ -87,13 +65,12 @@ struct row {
 void expect_rows(std::initializer_list<row> rows) {
     const work_directory work;
     for (const auto &[command, status, last_line] : rows) {
-        const bool timed = command.starts_with("timeout");
-        const ended end =
-            timed ? run_command("cd '" + work.path.string() + "' && TMPDIR='" + work.path.string() +
-                                "/tmp' " + command + " " DESK " demo")
-                  : work.desk(command);
+        const ended_command end = command.starts_with("timeout")
+                                      ? run_command(work.in + command + " " DESK " demo 2>&1")
+                                      : work.desk(command);
         EXPECT_EQ(end.status, status) << command << "\n" << end.output;
-        EXPECT_TRUE(end.last_line.starts_with(last_line)) << command << "\n" << end.output;
+        EXPECT_TRUE(last_line_of(end.output).starts_with(last_line)) << command << "\n"
+                                                                     << end.output;
         EXPECT_EQ(work.left(), 0) << command;
     }
 }
@@ -168,17 +145,16 @@ TEST(renewer_desk, says_what_would_be_right) {
 TEST(renewer_desk, tells_the_story_as_data_and_as_a_page) {
     const work_directory work;
     work.put("hostile.sh", "#!/bin/sh\necho '<script>alert(1)</script> {{x}} \\377'\nexit 1\n");
-    const ended end =
+    const ended_command end =
         work.desk("demo --speed 40 --model screen --script hostile.sh --report r.html "
                   "--json r.json --pictures seen");
-    EXPECT_EQ(end.last_line, "FAILED (script status 1, twice)") << end.output;
+    EXPECT_EQ(last_line_of(end.output), "FAILED (script status 1, twice)") << end.output;
     EXPECT_THAT(end.output, HasSubstr("screen  picture-02.png\n"));
     EXPECT_THAT(end.output, Not(HasSubstr("\033")));
     EXPECT_THAT(end.output, HasSubstr("<script>alert(1)</script> {{x}}"));
     const auto seen = std::distance(fs::directory_iterator(work.path / "seen"), {});
 
-    std::ifstream file(work.path / "r.json");
-    const nlohmann::json data = nlohmann::json::parse(file);
+    const nlohmann::json data = nlohmann::json::parse(get_file(work.path / "r.json"));
     EXPECT_EQ(data["verdict"]["word"], "FAILED");
     const nlohmann::json &run = data["runs"][0];
     EXPECT_GE(std::ssize(run["pictures"]), seen);
@@ -186,13 +162,10 @@ TEST(renewer_desk, tells_the_story_as_data_and_as_a_page) {
         run["files"], [](const auto &one) { return one["path"] == "/firmware/install.sh"; });
     ASSERT_NE(changed, run["files"].end());
     EXPECT_TRUE((*changed)["before"].is_null());
-    const std::string digest =
-        run_command("sha256sum < '" + (work.path / "hostile.sh").string() + "'")
-            .output.substr(0, 64);
-    EXPECT_EQ((*changed)["after"]["sha256"], digest);
+    const std::string digest = run_command(work.in + "sha256sum hostile.sh").output;
+    EXPECT_EQ((*changed)["after"]["sha256"], digest.substr(0, 64));
 
-    std::ifstream html(work.path / "r.html");
-    const std::string page(std::istreambuf_iterator<char>(html), {});
+    const std::string page = get_file(work.path / "r.html");
     EXPECT_THAT(page, HasSubstr("&lt;script&gt;alert(1)&lt;/script&gt; {{x}}"));
     EXPECT_THAT(page, HasSubstr("<img src=\"data:image/png;base64,iVBOR"));
     for (const char *loaded : {"<script", "http:", "https:", "<link", "@import"}) {

@@ -10,7 +10,7 @@ import subprocess
 import sys
 import tempfile
 
-from selenium import webdriver
+from browser import new_browser
 from selenium.webdriver.common.by import By
 
 with tempfile.TemporaryDirectory() as work:
@@ -34,20 +34,9 @@ with tempfile.TemporaryDirectory() as work:
         check=True,
         stdout=subprocess.DEVNULL,
     )
-    options = webdriver.ChromeOptions()
-    for argument in [
-        "headless",
-        "no-sandbox",
-        "disable-gpu",
-        "hide-scrollbars",
-        "window-size=900,1240",
-        f"user-data-dir={work}/profile",
-    ]:
-        options.add_argument("--" + argument)
-    options.add_experimental_option(
-        "prefs", {"profile.managed_default_content_settings.javascript": 2}
+    browser = new_browser(
+        900, 1240, "hide-scrollbars", **{"profile.managed_default_content_settings.javascript": 2}
     )
-    browser = webdriver.Chrome(options=options)
     try:
         browser.get(report.as_uri())
 

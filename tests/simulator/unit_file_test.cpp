@@ -1,6 +1,7 @@
 // Unit files: what is told of what they should not hold.
 
 #include "simulator/desk/unit_file.h"
+#include "simulator/unit/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
@@ -12,14 +13,12 @@ using namespace simulator;
 namespace {
 
 unit_description read(const std::string &text) {
-    const std::string path = testing::TempDir() + "unit-" + std::to_string(getpid()) + ".yaml";
+    const temporary_directory desk;
+    const std::string path = desk.path / "unit.yaml";
     std::ofstream(path) << text;
     try {
-        const unit_description unit = read_unit_file(path);
-        std::filesystem::remove(path);
-        return unit;
+        return read_unit_file(path);
     } catch (const std::runtime_error &error) {
-        std::filesystem::remove(path);
         throw std::runtime_error(std::string(error.what()).substr(path.size()));
     }
 }

@@ -1,14 +1,11 @@
 #pragma once
 
+#include "command.h"
 #include "files.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <random>
-#include <stdexcept>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 
 // Pictures for the display tests, and what netpbm, another program, makes of them.
 
@@ -29,17 +26,7 @@ inline std::string ppm_of(int width, int height, const std::string &pixels) {
 // What a program of netpbm makes of `input`.
 inline std::string netpbm(const std::string &command, const std::string &input) {
     put_file("/tmp/netpbm.in", input);
-    const std::string line = "{ " + command + "; } < /tmp/netpbm.in > /tmp/netpbm.out";
-    const int child = fork();
-    if (child == 0) {
-        execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
-        _exit(127);
-    }
-    int status = 0;
-    if (waitpid(child, &status, 0) != child || status != 0) {
-        throw std::runtime_error(command + " failed; the tests need the package netpbm");
-    }
-    return get_file("/tmp/netpbm.out");
+    return netpbm("{ " + command + "; } < /tmp/netpbm.in");
 }
 
 inline std::string bmp_of(int width, int height, const std::string &pixels) {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "command.h"
 #include "simulator/unit/unit.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <regex>
-#include <stdexcept>
 #include <utility>
 
 // Which pictures a unit's user saw. PROMPT_PICTURES and BUILT_IN_PICTURES are the directories of
@@ -14,18 +16,11 @@
 // What netpbm, another program, finds in a BMP file, and 16 bits a pixel leave of it: the low bits
 // of each colour go, and the panel fills them with the high ones.
 inline simulator::picture read_bmp(const std::string &path) {
-    const auto close = [](FILE *pipe) { pclose(pipe); };
-    const std::unique_ptr<FILE, decltype(close)> pipe(
-        popen(("bmptopnm -quiet '" + path + "'").c_str(), "r"));
+    const std::string file = netpbm("bmptopnm -quiet '" + path + "'");
     simulator::picture read;
-    if (pipe == nullptr || fscanf(pipe.get(), "P6 %d %d 255", &read.width, &read.height) != 2) {
-        throw std::runtime_error("no picture in " + path + "; the tests need the package netpbm");
-    }
-    fgetc(pipe.get());
-    read.rgb.resize(static_cast<size_t>(read.width * read.height * 3));
-    if (fread(read.rgb.data(), 1, read.rgb.size(), pipe.get()) != read.rgb.size()) {
-        throw std::runtime_error(path + " is cut short");
-    }
+    int begin = 0;
+    EXPECT_EQ(sscanf(file.c_str(), "P6 %d %d 255%n", &read.width, &read.height, &begin), 2) << path;
+    read.rgb.assign(file.begin() + begin + 1, file.end());
     for (size_t i = 0; i < read.rgb.size(); ++i) {
         const int part = read.rgb[i];
         read.rgb[i] =

@@ -19,7 +19,7 @@ import time
 import urllib.parse
 
 from PIL import Image
-from selenium import webdriver
+from browser import new_browser
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
@@ -176,6 +176,13 @@ class Page:
             assert time.monotonic() < end, f"{what}; status: {self.text('status')}"
             time.sleep(0.05)
 
+    def forget(self):
+        """What the story tells now is of an earlier run."""
+        self.browser.execute_script(
+            "for (const line of arguments[0].children) line.classList.add('earlier')",
+            self.at("events"),
+        )
+
     def click(self, name):
         self.at(name).click()
 
@@ -218,6 +225,8 @@ class Page:
     def see(self, stage):
         words = {"asked": "OK confirms", "updating": "update coming|updating111"}[stage]
         place = "status" if stage == "asked" else "events"
+        earlier = (By.CSS_SELECTOR, "#events .earlier")
+        self.until("a new story", lambda: not self.browser.find_elements(*earlier))
         self.until(stage, lambda: re.search(words, self.text(place)))
 
     def wait(self, name):
@@ -329,20 +338,6 @@ def make_package(pack, file, model, script):
     )
 
 
-def new_browser():
-    options = webdriver.ChromeOptions()
-    for option in (
-        "--headless=new",
-        "--no-sandbox",
-        "--disable-dev-shm-usage",
-        "--window-size=1280,900",
-        "--disable-gpu",
-    ):
-        options.add_argument(option)
-    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    return webdriver.Chrome(options=options)
-
-
 def two_windows(page, desk):
     """What one window does the other one sees, also when it comes later."""
     browser, first = page.browser, page.browser.current_window_handle
@@ -389,6 +384,7 @@ def use(model, desk, page):
     browser.get(desk.address)
     for name, steps in [(name, steps) for of, name, steps in STORIES if of == model]:
         began = time.monotonic()
+        page.forget()
         for step in steps:
             try:
                 page.do(step)
@@ -412,7 +408,7 @@ def use(model, desk, page):
 
 
 def main(panel, pack, prompts, pictures=None):
-    browser = new_browser()
+    browser = new_browser(1280, 900)
     try:
         for model in ("led", "screen", "oled"):
             with tempfile.TemporaryDirectory() as work:
