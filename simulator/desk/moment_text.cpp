@@ -21,14 +21,6 @@ constexpr const char question[] = "wait ";
 constexpr unit_time usual_hold = 100ms;
 constexpr double longest_seconds = 86400;
 
-constexpr std::array<std::pair<std::string_view, key>, 7> keys = {{{"ok", key::ok},
-                                                                   {"right", key::right},
-                                                                   {"left", key::left},
-                                                                   {"down", key::down},
-                                                                   {"up", key::up},
-                                                                   {"esc", key::esc},
-                                                                   {"power", key::power}}};
-
 constexpr std::array<std::pair<std::string_view, double>, 3> units = {
     {{"ms", 0.001}, {"min", 60}, {"s", 1}}};
 
@@ -57,12 +49,12 @@ std::optional<unit_time> time_of(std::string_view text) {
 }
 
 key parse_key(std::string_view text) {
+    if (const std::optional<key> code = key_named(text)) {
+        return *code;
+    }
     std::string known;
-    for (const auto &[name, code] : keys) {
-        if (text == name) {
-            return code;
-        }
-        known += (known.empty() ? "" : ", ") + std::string(name);
+    for (const key_name &one : key_names) {
+        known += (known.empty() ? "" : ", ") + std::string(one.name);
     }
     throw std::invalid_argument("there is no key \"" + std::string(text) + "\"; keys are " + known);
 }

@@ -5,6 +5,7 @@
 #include "simulator/desk/verdict.h"
 #include "simulator/unit/description.h"
 
+#include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
 
@@ -13,19 +14,6 @@ namespace simulator {
 namespace {
 
 using nlohmann::json;
-
-struct known_key {
-    std::string_view name;
-    key code;
-};
-
-constexpr std::array<known_key, 7> keys = {{{"ok", key::ok},
-                                            {"right", key::right},
-                                            {"left", key::left},
-                                            {"down", key::down},
-                                            {"up", key::up},
-                                            {"esc", key::esc},
-                                            {"power", key::power}}};
 
 struct known_supply {
     std::string_view name;
@@ -38,9 +26,10 @@ constexpr double most_volts = 30;
 
 constexpr const char not_running[] = "The unit is not running.";
 
-template <typename table>
-auto named(const table &all, std::string_view name) {
-    return std::find_if(all.begin(), all.end(), [&](const auto &one) { return one.name == name; });
+// The supply of this name; null if there is none.
+const known_supply *supply_named(std::string_view name) {
+    const auto found = std::ranges::find(supplies, name, &known_supply::name);
+    return found == supplies.end() ? nullptr : &*found;
 }
 
 picture dark_screen(const std::string &model) {
@@ -210,7 +199,7 @@ std::string panel_session::act(std::string_view what, const std::string &value) 
         return {};
     }
     const std::lock_guard lock(guard);
-    if (named(supplies, what) != supplies.end()) {
+    if (supply_named(what) != nullptr) {
         return set_volts(std::string(what), value);
     }
     if (what == "usb") {
@@ -239,11 +228,11 @@ std::string panel_session::act(std::string_view what, const std::string &value) 
 }
 
 std::string panel_session::move_key(std::string_view what, const std::string &name) {
-    const auto known = named(keys, name);
-    if (known == keys.end()) {
+    const std::optional<key> known = key_named(name);
+    if (!known) {
         return "There is no key " + name + ".";
     }
-    what == "press" ? hand->press(known->code) : hand->release(known->code);
+    what == "press" ? hand->press(*known) : hand->release(*known);
     return {};
 }
 
@@ -255,7 +244,7 @@ std::string panel_session::set_volts(const std::string &which, const std::string
     }
     subject.volts[which] = volts;
     if (hand) {
-        hand->supply(named(supplies, which)->measured(volts));
+        hand->supply(supply_named(which)->measured(volts));
     }
     ++state_number;
     changed.notify_all();

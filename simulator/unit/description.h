@@ -2,6 +2,7 @@
 
 #include "simulator/panels/picture.h"
 #include "simulator/unit/event.h"
+#include "simulator/unit/key.h"
 #include "simulator/unit/supplies.h"
 
 #include <atomic>
@@ -30,8 +31,6 @@ struct planned_action {
     moment when;
     std::function<void(struct running_unit &)> action;
 };
-
-enum class key : uint16_t; // see unit.h
 
 // Make planned actions; their `when` is the start of the run.
 planned_action pressing(key which);

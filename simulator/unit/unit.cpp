@@ -5,7 +5,6 @@
 #include "simulator/boundary/protocol.h"
 #include "simulator/unit/description.h"
 
-#include <array>
 #include <bit>
 #include <cstring>
 #include <fstream>
@@ -16,12 +15,6 @@ namespace simulator {
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string_view name_of(key which) {
-    constexpr std::array<std::string_view, 7> names = {"ok", "right", "left", "down",
-                                                       "up", "esc",   "power"};
-    return names[static_cast<size_t>(which) - 2];
-}
 
 // One event of the unit's key device: 16 bytes, seconds and microseconds of the unit's clock, type
 // (1: key, 0: synchronisation), code and value, all in the unit's byte order.

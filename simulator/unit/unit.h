@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/unit/event.h"
+#include "simulator/unit/key.h"
 #include "simulator/unit/outcome.h"
 
 #include <atomic>
@@ -26,9 +27,6 @@
 // devices. It can neither see nor change anything outside, and nothing of it is still running when
 // `run` has returned. Needs user namespaces or root.
 namespace simulator {
-
-// Event codes of the front-panel keys.
-enum class key : uint16_t { ok = 2, right = 3, left = 4, down = 5, up = 6, esc = 7, power = 8 };
 
 class unit {
 public:
