@@ -1,12 +1,11 @@
 #include "command_line.h"
 
+#include "command_info.h"
 #include "commands.h"
 #include "manuals.h"
 #include "progress.h"
 #include "words.h"
 
-#include <algorithm>
-#include <array>
 #include <memory>
 
 namespace pack {
@@ -17,9 +16,6 @@ namespace {
 constexpr const char *file = "FILE";
 constexpr const char *directory = "DIR";
 constexpr const char *node_type = "TYPE";
-
-// Marks options that are required unless a manifest has their value, so CLI11 must not demand them.
-constexpr const char *needed = "REQUIRED";
 
 constexpr size_t help_columns = 79;
 
@@ -43,14 +39,18 @@ struct usage_formatter : CLI::Formatter {
 };
 
 template <typename options_type>
-std::shared_ptr<options_type> add_command(CLI::App &app, chosen_command &chosen, const char *name,
-                                          const char *description,
-                                          int (*run)(const options_type &)) {
+struct added_command {
+    CLI::App *sub;
+    std::shared_ptr<options_type> options;
+};
+
+template <typename options_type>
+added_command<options_type> add_command(CLI::App &app, chosen_command &chosen, const char *name,
+                                        const char *description, int (*run)(const options_type &)) {
     auto options = std::make_shared<options_type>();
-    app.add_subcommand(name, description)->callback([=, &chosen] {
-        chosen = [=] { return run(*options); };
-    });
-    return options;
+    CLI::App *const sub = app.add_subcommand(name, description);
+    sub->callback([=, &chosen] { chosen = [=] { return run(*options); }; });
+    return {sub, options};
 }
 
 CLI::Option *value(CLI::App *command, const std::string &names, auto &into, const char *type,
@@ -94,9 +94,8 @@ void add_quiet(CLI::App *command, bool &quiet) {
 }
 
 void add_show(CLI::App &app, chosen_command &chosen) {
-    const auto options =
+    const auto [sub, options] =
         add_command(app, chosen, "show", "Print header and node table of a package", show);
-    CLI::App *const sub = app.get_subcommand("show");
     value(sub, "FILE", options->package, file, "The package, of either layout")->required();
     add_json(sub, options->as_json);
     sub->add_flag("--hex", options->as_bytes,
@@ -106,10 +105,9 @@ void add_show(CLI::App &app, chosen_command &chosen) {
 }
 
 void add_check(CLI::App &app, chosen_command &chosen) {
-    const auto options =
+    const auto [sub, options] =
         add_command(app, chosen, "check",
                     "Check packages and say what is wrong with them, one line for each", check);
-    CLI::App *const sub = app.get_subcommand("check");
     value(sub, "FILE", options->packages, file, "The packages")->required();
     add_key(sub, options->key);
     add_json(sub, options->as_json);
@@ -135,9 +133,8 @@ void take_package_from_types(unpack_options &options) {
 }
 
 void add_unpack(CLI::App &app, chosen_command &chosen) {
-    const auto options = add_command(
+    const auto [sub, options] = add_command(
         app, chosen, "unpack", "Extract the nodes of a package into one file for each", unpack);
-    CLI::App *const sub = app.get_subcommand("unpack");
     value(sub, "FILE", options->package, file,
           "The package, of either layout; it may also follow the types of --only")
         ->option_text(needed);
@@ -152,7 +149,7 @@ void add_unpack(CLI::App &app, chosen_command &chosen) {
                   "check (which ends with 1 all the same)");
     add_quiet(sub, options->quiet);
     add_progress(sub);
-    sub->parse_complete_callback([options] { take_package_from_types(*options); });
+    sub->parse_complete_callback([kept = options] { take_package_from_types(*kept); });
     sub->footer("Each node becomes a file named after its type: install.sh for the install "
                 "script, which is made executable, and the type's name with .bin for the others. "
                 "A package that fails its check is refused, and nothing is written. A file appears "
@@ -160,9 +157,8 @@ void add_unpack(CLI::App &app, chosen_command &chosen) {
 }
 
 void add_create(CLI::App &app, chosen_command &chosen) {
-    const auto options =
+    const auto [sub, options] =
         add_command(app, chosen, "create", "Make a package of the new layout", create);
-    CLI::App *const sub = app.get_subcommand("create");
     value(sub, "-o,--output", options->output, file, "The package to write")->option_text(needed);
     value(sub, "--version", options->version, "M.S.R.T",
           "Four numbers, like 1.1.4.0 (14 characters)")
@@ -197,10 +193,9 @@ void add_create(CLI::App &app, chosen_command &chosen) {
 }
 
 void add_find(CLI::App &app, chosen_command &chosen) {
-    const auto options =
+    const auto [sub, options] =
         add_command(app, chosen, "find",
                     "Search directories as a unit does, and say what it makes of each file", find);
-    CLI::App *const sub = app.get_subcommand("find");
     value(sub, "DIR", options->directories, directory,
           "Directories in the order of the search (default: /media/sda1 /firmware /mnt)");
     value(sub, "--unit", options->unit, file, "Host record of the unit (/update/hw/sys there)")
@@ -213,9 +208,8 @@ void add_find(CLI::App &app, chosen_command &chosen) {
 }
 
 void add_fit(CLI::App &app, chosen_command &chosen) {
-    const auto options = add_command(
+    const auto [sub, options] = add_command(
         app, chosen, "fit", "Say whether units would take a package, and what they compare", fit);
-    CLI::App *const sub = app.get_subcommand("fit");
     value(sub, "FILE", options->package, file, "The package, of either layout")->required();
     value(sub, "--unit", options->unit, file, "Host record of one unit");
     value(sub, "--units", options->units, directory, "Folder of host records, a row for each");
@@ -243,9 +237,8 @@ void add_fit(CLI::App &app, chosen_command &chosen) {
 }
 
 void add_unit(CLI::App &app, chosen_command &chosen) {
-    const auto options =
+    const auto [sub, options] =
         add_command(app, chosen, "unit", "Show host records of units, or make one", unit);
-    CLI::App *const sub = app.get_subcommand("unit");
     value(sub, "FILE", options->records, file, "Host records to show");
     value(sub, "-o,--output", options->output, file, "The host record to make");
     value(sub, "--pn", options->pn, "PN", "Part number of the unit (4 to 69 letters and digits)");
@@ -256,9 +249,8 @@ void add_unit(CLI::App &app, chosen_command &chosen) {
 }
 
 void add_diff(CLI::App &app, chosen_command &chosen) {
-    const auto options = add_command(
+    const auto [sub, options] = add_command(
         app, chosen, "diff", "Say in which header fields and nodes two packages differ", diff);
-    CLI::App *const sub = app.get_subcommand("diff");
     value(sub, "A", options->first, file, "A package")->required();
     value(sub, "B", options->second, file, "The package to compare it with")->required();
     add_json(sub, options->as_json);
@@ -268,8 +260,7 @@ void add_diff(CLI::App &app, chosen_command &chosen) {
 }
 
 void add_types(CLI::App &app, chosen_command &chosen) {
-    const auto options = add_command(app, chosen, "types", "List the node types", types);
-    CLI::App *const sub = app.get_subcommand("types");
+    const auto [sub, options] = add_command(app, chosen, "types", "List the node types", types);
     add_json(sub, options->as_json);
     sub->footer("With their numbers, their bits in the flag of the header, and the names of the "
                 "files that they are extracted to.");
@@ -307,93 +298,7 @@ void add_manuals(CLI::App &app, chosen_command &chosen) {
         [=, &app, &chosen] { chosen = [=, &app] { return print_manual(app, *name); }; });
 }
 
-// One option in a synopsis: "-o FILE", "[--json]", "[--only TYPE...]".
-std::string in_synopsis(const CLI::Option &option) {
-    const bool is_needed = option.get_required() || option.get_option_text() == needed;
-    std::string text;
-    if (is_positional(option)) {
-        text = option.get_name(true);
-    } else {
-        text = option.get_snames().empty() ? "--" + option.get_lnames().front()
-                                           : "-" + option.get_snames().front();
-        text += is_flag(option) ? "" : " " + option.get_type_name();
-    }
-    text += takes_many(option) ? "..." : "";
-    return is_needed ? text : "[" + text + "]";
-}
-
 } // namespace
-
-bool is_flag(const CLI::Option &option) {
-    return option.get_items_expected_max() == 0;
-}
-
-bool is_positional(const CLI::Option &option) {
-    return option.get_lnames().empty() && option.get_snames().empty();
-}
-
-bool takes_many(const CLI::Option &option) {
-    return option.get_items_expected_max() > 1;
-}
-
-std::string synopsis(const CLI::App &command) {
-    if (command.get_parent() == nullptr) {
-        return "renewer-pack COMMAND [ARGUMENT...]";
-    }
-    std::string text = "renewer-pack " + command.get_name();
-    for (const bool positional : {false, true}) {
-        for (const CLI::Option *const option : command.get_options()) {
-            if (is_positional(*option) == positional && option != command.get_help_ptr()) {
-                text += " " + in_synopsis(*option);
-            }
-        }
-    }
-    return text;
-}
-
-std::vector<std::string> command_names(const CLI::App &app) {
-    std::vector<std::string> names;
-    for (const CLI::App *const sub : app.get_subcommands({})) {
-        if (!sub->get_group().empty()) {
-            names.push_back(sub->get_name());
-        }
-    }
-    return names;
-}
-
-const CLI::App &command_named(const CLI::App &app, const std::string &name) {
-    for (const CLI::App *const sub : app.get_subcommands({})) {
-        if (sub->get_name() == name) {
-            return *sub;
-        }
-    }
-    throw usage_error("there is no command \"" + name + "\"" +
-                      suggestion(name, command_names(app)) + " (see renewer-pack --help)");
-}
-
-std::string complaint(const CLI::App &app, const CLI::ParseError &error) {
-    const std::vector<CLI::App *> given = app.get_subcommands();
-    const CLI::App &at = given.empty() ? app : *given.front();
-    const std::string help =
-        " (see renewer-pack " + (given.empty() ? "--help" : "help " + at.get_name()) + ")";
-    std::vector<std::string> rest = app.remaining(true);
-    if (!rest.empty()) {
-        const std::string &word = rest.front();
-        if (!word.starts_with('-')) {
-            return given.empty() ? "there is no command \"" + word + "\"" +
-                                       suggestion(word, command_names(app)) + help
-                                 : "\"" + word + "\" is one word too many" + help;
-        }
-        std::vector<std::string> options;
-        for (const CLI::Option *const option : at.get_options()) {
-            for (const std::string &name : option->get_lnames()) {
-                options.push_back("--" + name);
-            }
-        }
-        return "there is no option \"" + word + "\"" + suggestion(word, options) + help;
-    }
-    return error.what() + help;
-}
 
 void describe_commands(CLI::App &app, chosen_command &chosen) {
     app.formatter(std::make_shared<usage_formatter>());

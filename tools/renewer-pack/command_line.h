@@ -3,8 +3,6 @@
 #include <CLI/CLI.hpp>
 
 #include <functional>
-#include <string>
-#include <vector>
 
 // The commands and their options, described once for the command line, its help, the shell
 // completions and the manual pages.
@@ -14,22 +12,5 @@ using chosen_command = std::function<int()>;
 
 // Adds all commands. Parsing a command line sets `chosen`.
 void describe_commands(CLI::App &app, chosen_command &chosen);
-
-// The commands that the help lists.
-std::vector<std::string> command_names(const CLI::App &app);
-
-// Throws `usage_error` if there is none of this name.
-const CLI::App &command_named(const CLI::App &app, const std::string &name);
-
-// What kind of option it is.
-bool is_flag(const CLI::Option &option);
-bool is_positional(const CLI::Option &option);
-bool takes_many(const CLI::Option &option);
-
-// A command's usage, like "renewer-pack show [--json] FILE"; required parts are without brackets.
-std::string synopsis(const CLI::App &command);
-
-// Says what is wrong with a command line that could not be parsed, and what may have been meant.
-std::string complaint(const CLI::App &app, const CLI::ParseError &error);
 
 } // namespace pack

@@ -1,3 +1,4 @@
+#include "command_info.h"
 #include "command_line.h"
 #include "commands.h"
 #include "package_file.h"

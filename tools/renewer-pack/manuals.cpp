@@ -1,6 +1,6 @@
 #include "manuals.h"
 
-#include "command_line.h"
+#include "command_info.h"
 #include "commands.h"
 #include "words.h"
 
