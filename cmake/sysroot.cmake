@@ -1,5 +1,5 @@
-# Toolchain for a root file system of your own: CMAKE_SYSROOT names the directory that holds its
-# headers and libraries, CMAKE_CXX_COMPILER a compiler for it.
+# Toolchain for your own root file system: CMAKE_SYSROOT names the directory with its headers and
+# libraries, CMAKE_CXX_COMPILER a compiler for it.
 if(NOT CMAKE_SYSROOT)
   message(FATAL_ERROR "Where is the unit's root? cmake --preset sysroot -DCMAKE_SYSROOT=DIRECTORY")
 endif()
@@ -10,7 +10,7 @@ if(NOT CMAKE_CXX_COMPILER)
 endif()
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static-libgcc -static-libstdc++")
 
-# Headers, libraries and what pkg-config says of them come from there alone.
+# Headers, libraries and pkg-config files are taken from there only.
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
@@ -20,8 +20,9 @@ list(JOIN directories ":" directories)
 set(ENV{PKG_CONFIG_LIBDIR} "${directories}")
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})
 
-# Debian's cross compilers look into a C library of their own first, whatever the root is. They get
-# their directories named, without those: <triplet>/include, and the one with their crt1.o.
+# Debian's cross compilers search their own C library first, whatever the root is. So their
+# directories are named explicitly, without that library's: <triplet>/include, and the one with
+# crt1.o.
 execute_process(COMMAND ${CMAKE_CXX_COMPILER} --sysroot=${CMAKE_SYSROOT} -print-file-name=crt1.o
                 OUTPUT_VARIABLE crt1)
 string(FIND "${crt1}" "${CMAKE_SYSROOT}" inside)

@@ -49,7 +49,7 @@ std::map<unsigned, std::string> nodes_of(std::string_view left) {
 
 } // namespace
 
-// What is packed, and nothing else, comes out again.
+// Unpacking returns exactly what was packed.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::string_view left = fuzz::text_of(data, size);
     package_plan plan = {};

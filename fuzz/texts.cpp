@@ -22,7 +22,7 @@ struct placement {
 
 } // namespace
 
-// Texts on their way to the canvas, with a strip that is exactly as large as was asked for.
+// Texts from any bytes to the canvas, with a strip of exactly the requested size.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     placement where = {};
     if (size < sizeof(where)) {
