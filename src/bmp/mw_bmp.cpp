@@ -50,6 +50,7 @@ stored_rows read_rows(int file, int64_t offset, int width, int height, int bytes
         !bmp_holds_rows(file, offset, width, height, bytes_per_pixel)) {
         return {nullptr, bad_head};
     }
+    // Only now, so that a header's claim allocates no more than the file holds.
     owned_memory<uint8_t> rows = take_memory(bmp_stored_row_size(width, bytes_per_pixel), height);
     if (rows == nullptr) {
         return {nullptr, no_memory};
@@ -81,6 +82,7 @@ stored_rows read_file(owned_descriptor file, int *width, int *height, int *bytes
 void convert_pixels(const uint8_t *in, uint8_t *out, int64_t count) {
     for (int64_t i = 0; i < count; ++i) {
         const unsigned blue = in[3 * i], green = in[3 * i + 1], red = in[3 * i + 2];
+        // RGB565, the high byte first, as the panel takes it.
         out[2 * i] = static_cast<uint8_t>((red & 0xF8) | green >> 5);
         out[2 * i + 1] = static_cast<uint8_t>((green << 3 & 0xE0) | blue >> 3);
     }

@@ -89,6 +89,7 @@ int find_valid_package(const char *dir, const host_info *host, char *out, size_t
     }
     host_info unit = *host;
     best_package best = {.path = out, .path_size = out_size, .version = 0};
+    // A candidate that ends the search also drops what was found before it.
     if (search_directory(dir, unit, {hardware_allows, report, &unit}, &best) !=
         search_end::at_last_entry) {
         return 0;

@@ -24,7 +24,7 @@ uint8_t s_ucBits = 8;
 uint32_t s_uSpeed = 50000000;
 uint16_t s_uiDelay = 0;
 
-constexpr int32_t longest_transfer = 4096;
+constexpr int32_t longest_transfer = 4096; // what spidev's buffer holds (bufsiz) by default
 
 // Commands of the MIPI display command set (DCS), but for the first.
 enum dcs_command : uint8_t {

@@ -63,6 +63,7 @@ bool fits(const char *text, int32_t columns) {
 // background. A shift moves bits from byte to byte too, but none of those passes the mask.
 void render_rows(const uint8_t *columns, uint8_t *to, int32_t width) {
     uint64_t bits;
+    // memcpy, since neither side is aligned.
     memcpy(&bits, columns, sizeof(bits));
     for (int row = 0; row < 8; ++row, to += width) {
         const uint64_t pixels = (bits >> row & 0x0101010101010101) * ink;

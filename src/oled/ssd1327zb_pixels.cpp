@@ -28,6 +28,7 @@ void draw_single(uint8_t &byte, int level, int mask, uint8_t inversion) {
 
 template <bool transparent>
 void draw(uint8_t *to, bool from_high, const uint8_t *levels, int32_t count, uint8_t inversion) {
+    // A pixel with an odd index is in the high half of its byte.
     if (from_high && count > 0) {
         draw_single<transparent>(*to++, *levels++, 0xF0, inversion);
         --count;

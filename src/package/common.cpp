@@ -60,6 +60,7 @@ int edition_compare(const char *a, const char *b) {
     if (a[i] == b[i]) {
         return 0;
     }
+    // A text that is the beginning of the other one is the older edition.
     if (a[i] == '\0') {
         return -1;
     }

@@ -109,6 +109,7 @@ bool write_payload(FILE *out, int index, const char *path, pack_node *node) {
     if (copy_to_stream(path, out) != 1 || ftello(out) != begin + off_t{node->size}) {
         return false;
     }
+    // Every payload begins at a multiple of 4.
     const uint32_t padding = (4 - node->size % 4) % 4;
     if (!write_bytes(zeros, padding, out)) {
         return false;
@@ -222,6 +223,7 @@ int write_package(const package_plan &plan, const char *packpath) {
     if (is_a_source(packpath, plan)) {
         return 0;
     }
+    // Readable too: the digest is made from the file.
     const owned_file out(fopen(packpath, "w+e"));
     if (out == nullptr) {
         return 0;

@@ -16,7 +16,7 @@ namespace {
 
 static_assert(sizeof(off_t) == 8, "packages reach 4 GiB");
 
-constexpr uint32_t longest_version_text = 64 * 1024;
+constexpr uint32_t longest_version_text = 64 * 1024; // a damaged header may claim up to 4 GiB
 
 // Bytes of the package from `offset` to its end, as far as its size can be known: a regular file
 // has one, a pipe or a device may hold anything.
@@ -68,6 +68,7 @@ bool read_version_text(FILE *package, pack_head_new *head) {
 }
 
 bool read_head_new(FILE *package, pack_head_new *head) {
+    // A short header is no error here; what is missing stays as the caller has set it.
     return fread(head, 1, pack_head_new_size, package) > 0 && read_version_text(package, head);
 }
 
@@ -81,6 +82,7 @@ owned_memory<pack_node> read_node_table(FILE *package, uint64_t offset, uint32_t
     if (count > most_node_records) {
         return nullptr;
     }
+    // At least one record: calloc(3) may return null for none, which would count as a failure.
     owned_memory<pack_node> nodes(
         static_cast<pack_node *>(calloc(std::max(count, 1U), sizeof(pack_node))));
     if (nodes == nullptr || count == 0) {

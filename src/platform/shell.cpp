@@ -59,6 +59,7 @@ int system_with_patience(const char *command) {
 }
 
 int shell(const char *command) {
+    // What is printed so far comes before the command's own output.
     fflush(stdout);
     return system_with_patience(command);
 }

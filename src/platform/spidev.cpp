@@ -56,6 +56,7 @@ void spidev_select(int fd, spidev_level level) {
 int spidev_transfer(int fd, const uint8_t *bytes, uint32_t length, uint32_t speed_hz,
                     uint16_t delay_us, uint8_t bits_per_word) {
     spi_ioc_transfer transfer{};
+    // The kernel's field has 64 bits, for 32-bit programs too.
     transfer.tx_buf = reinterpret_cast<uintptr_t>(bytes);
     transfer.len = length;
     transfer.speed_hz = speed_hz;

@@ -43,6 +43,7 @@ bool write_whole(int to, const char *bytes, size_t size) {
 bool copy_bytes(int from, int to) {
     char block[block_size];
     for (off_t offset = 0;;) {
+        // pread, so that the caller's descriptor keeps its offset.
         const ssize_t size = pread(from, block, sizeof(block), offset);
         if (size <= 0) {
             return size == 0;
@@ -120,6 +121,7 @@ bool replace_file(const char *path, int source) {
     const path_text unfinished = unfinished_beside(path);
     struct stat replaced;
     const bool exists = stat(path, &replaced) == 0;
+    // An interrupted run may have left it, and O_EXCL would refuse it.
     unlink(unfinished.text);
     if (!write_copy(unfinished.text, source, exists ? &replaced : nullptr) ||
         rename(unfinished.text, path) != 0) {

@@ -209,6 +209,7 @@ int calc_bat_percent_pica(int *percent, float cell_volts) {
     }
     const int lo = bat_vol_tbl_pica[i];
     const int hi = bat_vol_tbl_pica[i + 1];
+    // Each step of the table is 10 %, interpolated and rounded to the nearest percent.
     *percent =
         cv < lo ? 0 : 10 * static_cast<int>(i) + ((cv - lo) * 10 + (hi - lo) / 2) / (hi - lo);
     return 0;

@@ -59,6 +59,7 @@ int take_key(question &asked) {
     unsigned duration = 0;
     switch (key_get(asked.key_fd, &duration)) {
     case key_ok:
+    // A release alone counts too: the key may have been pressed before the question.
     case key_ok + key_released:
         return confirmed;
     case power_key_released:

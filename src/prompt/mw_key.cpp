@@ -139,9 +139,11 @@ unsigned time_diff_valid(key_stamp press, key_stamp release) {
     const int64_t seconds = int64_t{release.seconds} - press.seconds;
     const int64_t microseconds = int64_t{release.microseconds} - press.microseconds;
     const int64_t elapsed = seconds * 1000 + microseconds / 1000;
+    // The unit's clock may have been set between the two.
     if (elapsed < 0) {
         return 0;
     }
+    // Whole seconds, half a second rounded down.
     return static_cast<unsigned>(elapsed / 1000 + (elapsed % 1000 > 500 ? 1 : 0));
 }
 

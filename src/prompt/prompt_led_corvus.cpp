@@ -102,6 +102,7 @@ int init_screen_corvus() {
     if (s_led_init_status != 1) {
         g_key_fd = key_open(1);
         if (g_key_fd < 0) {
+            // Without keys the question goes unanswered, but the LEDs still show what happens.
             debug(0, "key fd < 0\n");
         }
         s_led_init_status = 1;

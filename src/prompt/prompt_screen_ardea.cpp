@@ -57,6 +57,7 @@ int show_result(const prompt_picture &picture) {
 }
 
 void open_keys() {
+    // Left open by an initialisation that then failed at the LCD.
     if (g_key_fd >= 0) {
         key_close(g_key_fd);
     }

@@ -56,6 +56,7 @@ bool read_line(FILE *file, char (&line)[longest_line]) {
         return false;
     }
     const size_t length = strcspn(line, "\r\n");
+    // A line without its end, but not at the end of the file, did not fit.
     const bool whole = line[length] != '\0' || feof(file) != 0;
     line[length] = '\0';
     return whole;

@@ -65,6 +65,7 @@ int do_update([[maybe_unused]] const char *path, int timeout) {
     }
     printf("wait %d sec...\n", timeout);
     shell("sync");
+    // No limit is -1, which becomes 136 years.
     if (fork_exec_timeout("/firmware/install.sh 1>/data/app/log/update.log 2>&1", "install.sh",
                           static_cast<unsigned>(timeout), install_tries) != 0) {
         return 0;

@@ -51,6 +51,7 @@ bool is_torn(const own_copy &copy, int carried) {
 }
 
 void make_whole(const own_copy &copy, const own_copy &other, int carried) {
+    // It is the new one, or becomes it, or at least is still the old one.
     if (holds_same(copy.path, carried) || replace_file(copy.path, carried) ||
         !is_torn(copy, carried)) {
         return;
@@ -62,6 +63,7 @@ void make_whole(const own_copy &copy, const own_copy &other, int carried) {
         }
     }
     if (!replace_file(copy.path, carried) && !replace_file(copy.path, copy.before.get())) {
+        // A copy that is missing is noticed; one that is torn would be started.
         unlink(copy.path);
     }
 }

@@ -74,6 +74,7 @@ decision check_power(const host_info &host) {
     }
     printf("%s=%d\n", model->power->name, model->power->machine_type);
     bat_info power = {};
+    // The result is that of the last reading alone. A supply that cannot be read measures 0 V.
     get_bat_percent(model->power->machine_type, &power);
     printf("ext!!!!!!!!!!!!! power %d bat1 %d \n", power.ext_power, power.bat1_percent);
     if (power.ext_power != 0 || power.bat1_percent >= lowest_bat_percent) {
@@ -163,6 +164,7 @@ bool was_refused(int status) {
         sync();
         reboot(RB_AUTOBOOT);
     }
+    // The command has only begun the shutdown, which does not need this process.
     exit(1);
 }
 
