@@ -14,7 +14,7 @@ const leds = [
 
 // The keys of each front (name on the unit, label, key of the keyboard) and a hint how to answer the
 // question.
-// On the panel with LEDs the key of the code of "right" is the power key.
+// On the panel with LEDs the power key has the code of "right".
 const fronts = {
   led: {
     keys: [["ok", "OK", "Enter"], ["right", "Power", "p"]],
@@ -32,7 +32,7 @@ const fronts = {
 };
 
 const longest_story = 1500; // lines; the oldest go first
-const folded_within = 4; // lines: a loop of the unit repeats several
+const folded_within = 4; // lines: loops of the program repeat several
 let front = null;
 let shown_picture = -1;
 
@@ -52,7 +52,7 @@ function trouble(text) {
 
 // Keys
 
-const held = new Map(); // key of the unit -> what holds it here
+const held = new Map(); // key of the unit -> the pointer or key that holds it
 
 function hold(key, by) {
   if (!held.has(key)) {
@@ -195,7 +195,7 @@ async function show_picture(state) {
   fit_screen();
 }
 
-function set_text(id, text) { // once: a live region speaks of each change
+function set_text(id, text) { // only if changed: a live region announces each assignment
   if (at(id).textContent !== text) {
     at(id).textContent = text;
   }
@@ -217,7 +217,7 @@ function show_state(state) {
     if (!slider.matches(":active")) {
       slider.value = state.supplies[slider.id];
     }
-    tell_volts(slider);
+    show_volts(slider);
   }
   at("usb").value = state.supplies.usb;
   set_text("start", state.phase === "off" ? "Start" : "Start again");
@@ -229,12 +229,12 @@ function show_state(state) {
 
 // Supplies and buttons
 
-function tell_volts(slider) {
+function show_volts(slider) {
   slider.nextElementSibling.textContent = `${Number(slider.value).toFixed(1)} V`;
 }
 
 for (const slider of document.querySelectorAll("input[type=range]")) {
-  slider.addEventListener("input", () => tell_volts(slider));
+  slider.addEventListener("input", () => show_volts(slider));
   slider.addEventListener("change", () => ask(slider.id, slider.value));
 }
 at("usb").addEventListener("change", () => ask("usb", at("usb").value));
