@@ -47,7 +47,7 @@ inline bool bmp_read(int file, uint8_t *to, size_t size, int64_t offset) {
     return pread(file, to, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
 }
 
-// Bytes of padding behind each stored row. A file may lack those behind the last one.
+// Bytes of padding after each stored row. Those after the last row may be missing from the file.
 inline int64_t bmp_padding(int width, int bytes_per_pixel) {
     return bmp_stored_row_size(width, bytes_per_pixel) - bmp_row_size(width, bytes_per_pixel);
 }
@@ -61,8 +61,8 @@ inline bool bmp_holds_rows(int file, int64_t offset, int width, int height, int 
                height;
 }
 
-// Reads the rows as they are stored, padding and all; padding that the file lacks is zero. False
-// when it lacks more.
+// Reads the rows as they are stored, with their padding; missing padding is zero. Returns false if
+// more than that is missing.
 inline bool bmp_read_rows(int file, uint8_t *to, int64_t offset, int width, int height,
                           int bytes_per_pixel) {
     const auto size = static_cast<size_t>(bmp_stored_row_size(width, bytes_per_pixel) * height);

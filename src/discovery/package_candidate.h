@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// The rules by which a package on storage is one for this unit. They only judge: nothing is read
-// or printed.
+// The rules that decide whether a package on storage is for this unit. Nothing is read or printed
+// here.
 namespace renewer {
 
 // Whether a file's name is one of a package: at least 20 characters, from "update_" to ".bin", with
@@ -41,7 +41,7 @@ struct candidate_fit {
 // Judges the part number of a package against that of the unit.
 candidate_fit judge_part_number(const pack_head &head, const host_info &host);
 
-// Whether the unit's hardware-presence inputs have a say on this package: a host package on a unit
+// Whether the unit's hardware-presence inputs matter for this package: a host package on a unit
 // whose part number begins "1180".
 bool needs_hardware_check(const pack_head &head, const host_info &host);
 

@@ -7,13 +7,13 @@
 #include <cstddef>
 #include <cstdint>
 
-// The search of a directory for the package that a unit takes. It prints nothing: what it thinks of
-// each entry goes to whoever wants to know.
+// The search of a directory for the package that a unit takes. It prints nothing; its judgement of
+// each entry is reported to an observer.
 namespace renewer {
 
 constexpr size_t candidate_path_size = 256;
 
-// How an entry of the directory fared. The first four are passed over, the next two end the search.
+// The judgement of a directory entry. The first four are skipped, the next two end the search.
 enum class candidate_outcome {
     other_name,
     long_path, // of 256 bytes or more
@@ -32,9 +32,9 @@ struct package_candidate {
     candidate_fit fit;              // zero unless the part number was judged
 };
 
-// What a search asks, and to whom it reports. `context` is handed through.
+// The question and the report of a search. `context` is passed to both.
 struct search_observer {
-    // Whether the unit's hardware-presence inputs allow a package that they have a say on.
+    // Whether the unit's hardware-presence inputs allow a package for which they matter.
     bool (*hardware_allows)(void *context, const pack_head &head);
     void (*report)(void *context, const package_candidate &candidate);
     void *context;

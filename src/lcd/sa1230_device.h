@@ -10,11 +10,11 @@
 namespace renewer {
 
 // Opens the SPI device node at `path` (mode 0, 8 bits a word, 50 MHz), switches the panel on and
-// starts it up; takes about a third of a second. The caller closes the descriptor; the panel goes
-// on showing its picture then.
+// starts it up; takes about a third of a second. The caller closes the descriptor; the panel then
+// keeps showing its picture.
 //
 // Returns the descriptor, or -1 after "spi_oled__open: <path> error!" when the node cannot be
-// opened. A panel that does not answer goes unseen.
+// opened. A panel that does not answer is not noticed.
 int32_t sa1230_open(const char *path);
 
 // Shows a picture file of "/reserve/update/": frame 0 to 128 of the animation ("updating_<n>.bmp"),
@@ -37,7 +37,7 @@ int32_t sa1230_default(int32_t fd, uint32_t number);
 // Sends bytes as one transfer at the command or at the data level.
 //
 // Returns the transfer's result, negative when it failed; -1 for a negative descriptor or missing
-// bytes. Each failure has its line: "spi_write_cmd: ..." ("spi_write_cdd: NULL pointer to
+// bytes. Each failure prints a line: "spi_write_cmd: ..." ("spi_write_cdd: NULL pointer to
 // command!") or "spi_write_data: ...".
 int32_t spi_write_cmds(int32_t fd, const uint8_t *bytes, uint32_t length);
 int32_t spi_write_data(int32_t fd, const uint8_t *bytes, uint32_t length);

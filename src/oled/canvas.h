@@ -18,12 +18,12 @@ extern canvas_handler *g_canvas_handler;
 //
 // Returns 0 after "<path> have been init" and "create_ssd1327sd_canvas_handler success". Returns -1
 // for any other name, silently; when a module is registered already ("<name> have been init"); and,
-// with nothing registered, when the module cannot be had: then the module's own lines,
-// "<path> have been init" and "create_ssd1327sd_canvas_handler failed".
+// with nothing registered, when the module cannot be created: then the module's own lines, "<path>
+// have been init" and "create_ssd1327sd_canvas_handler failed".
 int mw_disp_init_module(const char *name, const char *path);
 
 // Releases the registered module when it is registered as `name` (in upper or lower case): its
-// device and its canvas. Pictures and strips stay their owners'.
+// device and its canvas. Pictures and strips still belong to their owners.
 //
 // Returns -1 in every case, also after the release, which prints nothing. Otherwise it prints "The
 // disp module name that would to be uninit is null", "There was no disp module init" or

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// The frame of the grey OLED in memory: 128 x 128 pixels of 4 bits, in the very bytes that the
+// The frame of the grey OLED in memory: 128 x 128 pixels of 4 bits, in exactly the bytes that the
 // panel takes.
 //
 // Pixel (x, y) has the number n = y * 128 + x and lies in byte n / 2, an even n in the low 4 bits
@@ -43,12 +43,12 @@ canvas *ssd1327zb_create_canvas();
 // Returns 0, or -1 without a canvas or its pixels.
 int ssd1327zb_clean_canvas(canvas *frame);
 
-// Tells whether a box lies on the 128 x 128 pixels of the panel; an empty one may.
+// Checks whether a box lies on the 128 x 128 pixels of the panel; an empty one may.
 //
 // Returns 0 when it does, -1 when it does not or there is none.
 int ssd1327zb_check_box(const box *area);
 
-// Whether there is a canvas with pixels. How many there are is not looked at.
+// Whether there is a canvas with pixels. Their number is not checked.
 bool ssd1327zb_has_pixels(const canvas *frame);
 
 // Frees the canvas at `*frame`, pixels and all, and makes the pointer null; nothing when either is

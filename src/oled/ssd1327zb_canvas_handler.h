@@ -33,7 +33,7 @@ struct canvas_handler {
 };
 
 // Opens the grey OLED at the SPI device node `path` and makes the record of it, with a dark canvas,
-// every operation, and at most 127 characters of `name`. The caller gives it back with
+// every operation, and at most 127 characters of `name`. The caller releases it with
 // `destory_ssd1327sd_canvas_handler`.
 //
 // Returns null with nothing left open or allocated: without memory, or, after what `ssd1327zb_open`

@@ -16,8 +16,8 @@ struct bmpbuf {
 //
 // Prints "open <path> failed", or the path as a line when the file could be opened, and nothing
 // else. Returns null for a file that cannot be opened, is no such file, is empty or larger than
-// 65535 pixels either way, ends before its pixels do (the padding of the last row may lack), and
-// without memory. The caller gives the result back with `ssd1327zb_destory_bmpbuf`.
+// 65535 pixels either way, ends before its pixels do (the padding of the last row may be missing),
+// and without memory. The caller releases the result with `ssd1327zb_destory_bmpbuf`.
 bmpbuf *ssd1327zb_bmp_to_bmpbuf(const char *path);
 
 // Draws the picture into a box of its own size, every pixel of it; the flag 1 inverts it (a level v

@@ -19,19 +19,20 @@ struct strbuf {
     uint32_t size;   // bytes in `buf`
 };
 
-// Tells how many bytes the strip of a text needs at a height of 16.
+// Returns the number of bytes that the strip of a text needs at a height of 16.
 //
 // Returns -1 without a text, for one whose strip would have more than `INT32_MAX` bytes, and, after
-// "this is neither Ascii nor chinese character!", for one that holds no characters only.
+// "this is neither Ascii nor chinese character!", for one that contains anything but characters.
 int32_t ssd1327zb_get_strbuf_size(const char *text);
 
 // Renders a text from the left end of a strip whose `height`, `buf` and `size` the caller has set,
 // and sets the strip's width to `size` / `height`. What the text does not cover stays as it was.
 //
 // Returns the strip. Returns null without a text, a strip or its pixels; for a height below 16; for
-// a size that is no multiple of it or gives more than 65535 columns; with nothing rendered for a
-// strip that the text does not fit into; and, after "this is neither Ascii nor chinese character!",
-// for a text that holds no characters only, of which those before are rendered.
+// a size that is no multiple of it or results in more than 65535 columns; with nothing rendered for
+// a strip that the text does not fit into; and, after "this is neither Ascii nor chinese
+// character!", for a text that contains anything but characters, of which those before it are
+// rendered.
 strbuf *ssd1327zb_str_to_strbuf(const char *text, strbuf *strip);
 
 // Draws the strip, from its column `start` on, into a box from its left end: as many columns as the

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-// The digest that seals a package. For the package library alone.
+// The digest that seals a package. Used by the package library only.
 namespace renewer {
 
 // The MD5 digest of everything from byte 20 of a package to its end.

@@ -116,7 +116,7 @@ int get_pack_head(const char *path, pack_head *out);
 
 // Reads a new-layout header into `out`, which the caller has zeroed: a file of 1 to 99 bytes fills
 // what it holds. The magic is not checked. `version_content` is set to a heap buffer with the
-// version text: `version_len` bytes, but 64 KiB at the most, zero behind what the file has, and
+// version text: `version_len` bytes, but 64 KiB at the most, zero after what the file has, and
 // always terminated. The caller frees it, also when the reading failed.
 //
 // Returns 1 when the header and at least one byte of the version text were read; 0 otherwise, and

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 
-// The steps that the operations on a package share. For the package library alone.
+// The steps that the operations on a package share. Used by the package library only.
 namespace renewer {
 
 constexpr uint64_t align4(uint64_t offset) {
@@ -19,8 +19,8 @@ constexpr uint64_t node_table_offset(uint32_t head_len) {
     return align4(head_len) + 4;
 }
 
-// Room for the bytes that are copied or digested at once, past the stream's own buffer: much, so
-// that a package moves with few system calls; little where there is no memory for that.
+// Room for the bytes that are copied or digested at once, past the stream's own buffer: large, so
+// that a package moves with few system calls; small if there is no memory for that.
 class transfer_buffer {
 public:
     uint8_t *bytes() { return large != nullptr ? large.get() : small; }
@@ -32,7 +32,7 @@ private:
     uint8_t small[4096];
 };
 
-// Turns off the buffer of a stream just opened: what is asked of it is large.
+// Turns off the buffering of a stream that was just opened: all requests to it are large.
 void make_unbuffered(FILE *stream);
 
 // Opens a package for reading, unbuffered; empty for a null path and when it cannot be opened. A
@@ -56,7 +56,7 @@ bool read_head_new(FILE *package, pack_head_new *head);
 // reported (see `show_package_info`), and not allocated where that shows beforehand. More than
 // `most_node_records` are refused in silence.
 //
-// Returns the table, which is never empty of room when `count` is 0; nothing on failure.
+// Returns the table, which is not null even if `count` is 0; null on failure.
 owned_memory<pack_node> read_node_table(FILE *package, uint64_t offset, uint32_t count);
 
 // Prints one line of a node table, as `show_nodes` does for each record.

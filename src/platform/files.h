@@ -11,8 +11,8 @@ namespace renewer {
 // either.
 owned_descriptor open_without_waiting(const char *path);
 
-// Makes a buffered stream of a descriptor, which goes over to it (fdopen). Empty, with the
-// descriptor closed, when that fails and for no descriptor.
+// Makes a buffered stream of a descriptor, which it then owns (fdopen). Empty, with the descriptor
+// closed, when that fails and for no descriptor.
 owned_file stream_of(owned_descriptor descriptor, const char *mode);
 
 // Opens a file for reading as a buffered stream, as `open_without_waiting` does.

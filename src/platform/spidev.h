@@ -19,12 +19,12 @@ void spidev_configure(int fd, uint8_t &mode, uint8_t &bits_per_word, uint32_t &s
 // error!" or "spi_write_data: NULL pointer to command!" for data.
 bool spidev_can_send(int fd, const uint8_t *bytes, spidev_level level);
 
-// Switches the panel's data/command line. The SPI driver of the unit takes two spidev requests
-// with a plain integer argument for it; a standard spidev driver refuses them, which goes unseen.
+// Switches the panel's data/command line. The SPI driver of the unit takes two spidev requests with
+// a plain integer argument for it; a standard spidev driver refuses them, which is not noticed.
 void spidev_select(int fd, spidev_level level);
 
-// Sends `length` bytes as one transfer, with a pause of `delay_us` microseconds after it. What the
-// panel answers meanwhile is not taken.
+// Sends `length` bytes as one transfer, with a pause of `delay_us` microseconds after it. Data that
+// the panel sends meanwhile is discarded.
 //
 // Returns the number of bytes sent; a negative value when the transfer failed, with the reason in
 // errno. Prints nothing: each display has its own words for that.

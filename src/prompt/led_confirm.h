@@ -8,7 +8,7 @@ namespace renewer {
 //
 // Confirmed by the ok key, pressed or released, or by the power key (on this panel the key with
 // event code 3) released once and not again within 2 s; declined by the second release, by silence
-// and by a failing wait. A key device that ends or fails is looked at again every 300 ms.
+// and by a failing wait. A key device that ends or fails is tried again every 300 ms.
 //
 // Returns 1 confirmed, 0 declined. Prints "get a key" and the lines of `key_get` for each event,
 // and a line when the power key alone has confirmed.

@@ -20,7 +20,7 @@ struct led_state {
 };
 
 // Switches LEDs in the order of the pattern. One that cannot be switched is reported (see led.h)
-// and passed over.
+// and skipped.
 void show_leds(std::span<const led_state> pattern);
 
 // The five status LEDs: all but Light_Static_Data.

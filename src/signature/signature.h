@@ -4,8 +4,8 @@
 #include <cstdint>
 
 // Detached signatures of files, as minisign makes them: Ed25519 (RFC 8032) over the BLAKE2b digest
-// (RFC 7693) of the file, and over a comment of the signer's. Whoever holds the public key alone
-// can check, not sign.
+// (RFC 7693) of the file, and over the signer's comment. The public key suffices to check, but not
+// to sign.
 namespace renewer {
 
 constexpr size_t trusted_comment_size = 8192; // with its terminator

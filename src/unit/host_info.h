@@ -7,8 +7,8 @@ namespace renewer {
 constexpr size_t host_info_size = 77;
 constexpr size_t host_pn_size = 70;
 
-// Who this unit is: the leading bytes of "/update/hw/sys" as they stand. PN character k is pn[k];
-// the text ends at its first zero byte or, when there is none, with the record.
+// Who this unit is: the leading bytes of "/update/hw/sys" unchanged. PN character k is pn[k]; the
+// text ends at its first zero byte or, when there is none, with the record.
 struct host_info {
     char uninterpreted[host_info_size - host_pn_size];
     char pn[host_pn_size];

@@ -21,8 +21,8 @@ constexpr const char data_version_path[] = "/tmp/data_version";
 constexpr const char version_prefix[] = "renewer_version:v";
 constexpr size_t version_size = 32;
 
-// The prefix is passed over by its length alone; a line that is not longer is an empty text.
-// The line end stays with the version when the line fits.
+// The prefix is skipped by its length, whatever it says; the version of a line that is not longer
+// is empty. A newline within the buffer stays part of the version.
 int read_version(const char *path, char (&version)[version_size]) {
     const owned_file file = open_for_reading(path);
     if (file == nullptr) {

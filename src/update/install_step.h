@@ -3,7 +3,7 @@
 namespace renewer {
 
 // How long each run of the install script may take, in seconds, and how often it is started at the
-// most; `end_grace_seconds` of timed_command.h is what it then has to end.
+// most; `end_grace_seconds` of timed_command.h is the time that it then has to end.
 constexpr int host_time_limit = 60;
 constexpr int no_time_limit = -1;
 constexpr int install_tries = 2;

@@ -16,8 +16,8 @@ constexpr unsigned end_grace_seconds = 30;
 // The command's standard input is empty, and SIGHUP and SIGPIPE end it as usual. An attempt
 // succeeds when the command ends with exit code 0, also after the time limit. When an attempt
 // fails, what it left running has `end_grace_seconds` and is then ended by its process group, so
-// that nothing of it goes on beside the next attempt; what a successful attempt leaves running goes
-// on.
+// that none of it runs beside the next attempt; what a successful attempt leaves running is left
+// alone.
 //
 // Prints "fork_exec: <command>" for each attempt and "status <exit code>" for each that was not
 // ended by a signal; the code of a shell that a signal ended is 128 plus the signal's number.
