@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Puts the updater beside two others that are packaged for Debian, and prints a table (Markdown).
+"""Compares the updater with two others that Debian packages, and prints a table (Markdown).
 
 usage: compare_updaters.py RENEWER RENEWER_PACK [MEBIBYTES]
 
-Sizes are those of the stripped programs and what ldd(1) finds for them. Checking is what each has
-for it: a signed package with one file system image of random bytes, by the key of its maker, nothing
-installed. A damaged copy must be refused, so that it is known that the content was looked at.
+Sizes are those of the stripped programs, libraries are counted by ldd(1). Each checks a signed
+package with one file system image of random bytes in its own way and installs nothing. A damaged
+copy must be refused, which proves that the content was checked.
 """
 
 import os
@@ -31,8 +31,8 @@ def run(line, **how):
 
 
 def check_of(command):
-    """Exit status, seconds and peak KiB of a command. time(1) is small itself: what starts a command
-    counts into its peak."""
+    """Exit status, seconds and peak KiB of a command, by time(1): the memory of the process that
+    starts a command counts for its peak, and time(1) is small."""
     done = subprocess.run(
         ["/usr/bin/time", "-q", "-f", "%e %M", "-o", "measured", *command.split()],
         stdout=subprocess.DEVNULL,

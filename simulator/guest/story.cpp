@@ -191,7 +191,7 @@ void player::look_at_panel() {
     note("screen picture " + number);
 }
 
-// What the program has used so far, its threads together and its commands not.
+// Records the processor time of the program: all of its threads, but not its commands.
 void player::note_processor_time() const {
     clockid_t its_clock = {};
     timespec used = {};

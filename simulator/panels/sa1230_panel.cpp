@@ -175,9 +175,10 @@ void sa1230_panel::execute() {
     }
 }
 
-void sa1230_panel::set_range(range &which, int limit) {
-    const range wanted = {parameters[0] << 8 | parameters[1], parameters[2] << 8 | parameters[3]};
-    if (wanted.start > wanted.end || wanted.end >= limit) {
+void sa1230_panel::set_range(window_range &which, int limit) {
+    const window_range wanted = {parameters[0] << 8 | parameters[1],
+                                 parameters[2] << 8 | parameters[3]};
+    if (!wanted.fits(limit)) {
         ++counted.bad_windows;
         return;
     }

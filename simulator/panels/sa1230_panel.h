@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/panels/picture.h"
+#include "simulator/panels/window_range.h"
 
 #include <array>
 #include <cstdint>
@@ -58,16 +59,12 @@ public:
     const fault_counts &faults() const { return counted; }
 
 private:
-    struct range {
-        int start, end;
-    };
-
     void take_command(uint8_t code);
     void take_data(uint8_t byte);
     void take_pixel_byte(uint8_t byte);
     void end_command();
     void execute();
-    void set_range(range &which, int limit);
+    void set_range(window_range &which, int limit);
     void forget();
 
     fault_counts counted;
@@ -75,7 +72,7 @@ private:
     bool data_level = false;
     bool awake = false, on = false;
     uint8_t brightness = 0, pixel_format = 0;
-    range window_columns{}, window_rows{};
+    window_range window_columns{}, window_rows{};
     int command = -1;                // the command that the next data bytes belong to, -1 for none
     std::vector<uint8_t> parameters; // its data bytes so far
     int column = 0, row = 0;         // where the next pixel goes

@@ -143,9 +143,9 @@ void ssd1327_panel::execute() {
     }
 }
 
-void ssd1327_panel::set_range(range &which, int &pointer, int limit) {
-    const range wanted = {command[1], command[2]};
-    if (wanted.start > wanted.end || wanted.end >= limit) {
+void ssd1327_panel::set_range(window_range &which, int &pointer, int limit) {
+    const window_range wanted = {command[1], command[2]};
+    if (!wanted.fits(limit)) {
         ++counted.bad_windows;
         return;
     }
@@ -170,7 +170,7 @@ void ssd1327_panel::take_pixels(uint8_t byte) {
 // The window is filled row by row or column by column; after its end writing continues at its
 // start.
 void ssd1327_panel::advance() {
-    const auto step = [](int &pointer, const range &limits) {
+    const auto step = [](int &pointer, const window_range &limits) {
         pointer = pointer == limits.end ? limits.start : pointer + 1;
         return pointer == limits.start;
     };

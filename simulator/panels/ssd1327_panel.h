@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/panels/picture.h"
+#include "simulator/panels/window_range.h"
 
 #include <array>
 #include <cstdint>
@@ -58,14 +59,10 @@ public:
     const fault_counts &faults() const { return counted; }
 
 private:
-    struct range {
-        int start, end;
-    };
-
     void take_command(uint8_t byte);
     void take_pixels(uint8_t byte);
     void execute();
-    void set_range(range &which, int &pointer, int limit);
+    void set_range(window_range &which, int &pointer, int limit);
     void advance();
     int setting(uint8_t code) const { return settings[code]; }
 
@@ -73,7 +70,7 @@ private:
     bool data_level = false, locked = false, on = false;
     int mode = 0xA4;                     // one of A4 to A7
     std::array<uint8_t, 256> settings{}; // the last parameter of each command that has one
-    range window_columns = {0, columns / 2 - 1}, window_rows = {0, rows - 1};
+    window_range window_columns = {0, columns / 2 - 1}, window_rows = {0, rows - 1};
     int column = 0, row = 0;      // where the next byte goes
     std::vector<uint8_t> command; // the bytes of an incomplete command
     int filled_windows = 0;
