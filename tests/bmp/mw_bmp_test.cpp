@@ -21,7 +21,7 @@ struct load_result {
     std::string output;
 };
 
-// Loads the picture with room for so many allocations.
+// Loads the picture while so many allocations succeed.
 load_result load_with(int allocations) {
     int width = 0;
     int height = 0;
@@ -94,7 +94,7 @@ TEST(mw_bmp, refuses_what_is_no_picture_and_takes_no_memory_for_it) {
               "input point is null\ninput point is null\ninput point is null\n");
 }
 
-TEST(mw_bmp, gives_the_stored_rows_and_their_sizes) {
+TEST(mw_bmp, returns_the_stored_rows_and_their_sizes) {
     put_file(path, bmp{.width = 3}.bytes());
     utimensat(AT_FDCWD, path, after_2038, 0);
     int width = 0;
@@ -107,7 +107,7 @@ TEST(mw_bmp, gives_the_stored_rows_and_their_sizes) {
     EXPECT_EQ(as_text(read_bmp(path, &width, &height, &bytes_per_pixel), 24),
               bmp{}.bytes().substr(54, 21) + std::string(3, '\0'));
     for (const bmp &refused : {bmp{.width = 70000, .height = -5, .bits = 32},
-                               bmp{.width = 9, .bits = 16}}) { // whose sizes are not looked at
+                               bmp{.width = 9, .bits = 16}}) { // whose sizes are not checked
         put_file(path, refused.bytes());
         EXPECT_EQ(read_bmp(path, &width, &height, &bytes_per_pixel), nullptr);
         EXPECT_EQ(std::tuple(width, height, bytes_per_pixel), std::tuple(70000, -5, 4));
@@ -162,8 +162,8 @@ TEST(mw_bmp, loads_the_pictures_that_another_program_wrote) {
         const auto stored = read_bmp(path, &read_width, &read_height, &bytes_per_pixel);
         const auto packed = bmp_to_buff(stored.get(), width, height, 3);
         const auto narrow = rgb888_to_rgb565(packed.get(), width, height);
-        const auto turned = bmp_bottom_to_top(narrow.get(), width, height, 2);
-        EXPECT_TRUE(as_text(turned, size) == rgb565_of(pixels)) << "step by step";
+        const auto flipped = bmp_bottom_to_top(narrow.get(), width, height, 2);
+        EXPECT_TRUE(as_text(flipped, size) == rgb565_of(pixels)) << "step by step";
     }
 }
 

@@ -83,7 +83,7 @@ TEST(get_valid_package, asks_the_presence_inputs_for_a_host_package) {
     }
 }
 
-// Other packages and other units are not asked for their inputs, which are missing here.
+// For other packages and on other units the inputs, missing here, are not read.
 TEST(get_valid_package, hardware_check_is_for_host_packages_of_1180_units) {
     put_package("/media/sda1/update_abc_b20240523.bin", "11800010000004");
     EXPECT_EQ(search_in(directory, unit_with("11800000")).result, 1);
@@ -127,9 +127,9 @@ TEST(get_valid_package, versions_that_are_never_chosen) {
     }
 }
 
-// A directory lists either file first; whichever it is, the search ends at the one that does not
-// fit, and a fitting one listed before it is given up.
-TEST(get_valid_package, package_that_does_not_fit_ends_the_directory) {
+// Either file may be listed first: the search ends at the one that does not fit in any case, and a
+// fitting one listed before it is dropped.
+TEST(get_valid_package, package_that_does_not_fit_ends_the_search_of_its_directory) {
     put_package("/media/sda1/update_aaa_b20240523.bin", host_1013);
     put_package("/media/sda1/update_bbb_b20240523.bin", host_1016);
     for (const char *pn : {"1013", "1016"}) {
@@ -139,7 +139,7 @@ TEST(get_valid_package, package_that_does_not_fit_ends_the_directory) {
     }
 }
 
-TEST(get_valid_package, files_that_are_passed_over_in_silence) {
+TEST(get_valid_package, files_that_are_skipped_silently) {
     const fs::path dir = directory;
     put_package(dir / "update_abc_b20240523.bin", host_1013);
     put_file(dir / "update_sho_b20240523.bin",

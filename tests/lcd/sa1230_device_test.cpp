@@ -39,7 +39,7 @@ constexpr const char start_up[] = "set mode 0\nget mode 0\n"
                                   "command level\ncommand 11\nsleep 0.15 s\n"
                                   "command level\ncommand 29\nsleep 0.15 s\n";
 
-// An open LCD; nothing of what was asked for so far counts.
+// An open LCD with an empty transcript.
 struct sa1230_device : testing::Test {
     int fd = -1;
 
@@ -92,13 +92,13 @@ TEST(sa1230_open, works_with_what_the_link_accepts) {
     EXPECT_EQ(asked().transcript, "");
 }
 
-TEST_F(sa1230_device, shows_a_picture_that_another_program_wrote_and_turned) {
+TEST_F(sa1230_device, shows_a_picture_that_another_program_wrote_and_rotated) {
     const std::string pixels = random_pixels(294, 126);
     put_picture("confirm.bmp", 294, 126, pixels);
     EXPECT_EQ(sa1230_update(fd, 131), 0);
     EXPECT_EQ(asked().transcript, full_frame("00 7D", "01 25"));
-    const std::string turned = netpbm("pnmflip -quiet -ccw", ppm_of(294, 126, pixels));
-    EXPECT_TRUE(spi().pixels == rgb565_of(turned.substr(turned.size() - 294 * 126 * 3)));
+    const std::string rotated = netpbm("pnmflip -quiet -ccw", ppm_of(294, 126, pixels));
+    EXPECT_TRUE(spi().pixels == rgb565_of(rotated.substr(rotated.size() - 294 * 126 * 3)));
     EXPECT_EQ(spi().panel.faults(), no_faults);
     EXPECT_EQ(spi().panel.pictures(), 1);
 
@@ -131,7 +131,7 @@ TEST_F(sa1230_device, refuses_layers_that_do_not_fit_or_have_no_pixels) {
     EXPECT_EQ(printed([this] { EXPECT_EQ(sa1230_update(fd, 132), -1); }), "out of range\n");
     EXPECT_EQ(printed([&] { EXPECT_EQ(sa1230_show_layer(-1, {some, 0, 0, 1, 1}), -1); }), "");
     EXPECT_EQ(asked().transcript, "");
-    EXPECT_EQ(sa1230_show_layer(fd, {some, 40, -3, 1, 1}), 0) << "its place does not count";
+    EXPECT_EQ(sa1230_show_layer(fd, {some, 40, -3, 1, 1}), 0) << "its place is ignored";
     EXPECT_NE(asked().transcript.find("data 00 00 00 00"), std::string::npos);
 }
 
@@ -236,15 +236,15 @@ TEST_F(sa1230_device, shows_the_built_in_pictures_in_the_middle) {
         EXPECT_EQ(asked().transcript, full_frame("00 7D", "01 25"));
 
         const auto &[x, y, width, height, pixels] = built_in[number];
-        std::string turned;
+        std::string rotated;
         for (int column = 293 - x; column >= -x; --column) {
             for (int row = -y; row < 126 - y; ++row) {
                 const bool inside = column >= 0 && column < width && row >= 0 && row < height;
-                turned += inside ? pixels.substr(static_cast<size_t>(row * width + column) * 2, 2)
-                                 : std::string(2, '\0');
+                rotated += inside ? pixels.substr(static_cast<size_t>(row * width + column) * 2, 2)
+                                  : std::string(2, '\0');
             }
         }
-        EXPECT_TRUE(spi().pixels == turned) << number;
+        EXPECT_TRUE(spi().pixels == rotated) << number;
     }
     spi().forget();
     EXPECT_EQ(printed([this] {
@@ -253,7 +253,7 @@ TEST_F(sa1230_device, shows_the_built_in_pictures_in_the_middle) {
               }),
               "4 is out range\n-1 is out range\n");
     EXPECT_EQ(asked().transcript, "");
-    EXPECT_EQ(sa1230_default(-1, 1), 0) << "what cannot be sent goes unseen";
+    EXPECT_EQ(sa1230_default(-1, 1), 0) << "unsent transfers are no error";
 }
 
 // White letters with soft edges on black, and as wide as their place allows.

@@ -22,14 +22,14 @@ std::string letters(const std::string &order, int pixel_size) {
     return pixels;
 }
 
-TEST(sa1230_layer, turns_counter_clockwise) {
+TEST(sa1230_layer, rotates_counter_clockwise) {
     for (uint8_t pixel_size = 1; pixel_size <= 4; ++pixel_size) {
         std::string pixels = letters("ABCDEF", pixel_size);
-        std::string turned(pixels.size(), '.');
+        std::string rotated(pixels.size(), '.');
         const sa1230_layer source = layer_of(pixels, 7, 8, 3, 2);
-        sa1230_layer destination = layer_of(turned, 5, 6, 0, 0);
+        sa1230_layer destination = layer_of(rotated, 5, 6, 0, 0);
         EXPECT_EQ(change_layer_direction(&source, &destination, pixel_size), 0);
-        EXPECT_EQ(turned, letters("CFBEAD", pixel_size));
+        EXPECT_EQ(rotated, letters("CFBEAD", pixel_size));
         EXPECT_EQ(destination.width, 2);
         EXPECT_EQ(destination.height, 3);
         EXPECT_EQ(destination.x, 5);
@@ -37,7 +37,7 @@ TEST(sa1230_layer, turns_counter_clockwise) {
     }
 }
 
-TEST(sa1230_layer, turning_refuses_missing_pixels_and_odd_pixel_sizes) {
+TEST(sa1230_layer, rotation_refuses_missing_pixels_and_odd_pixel_sizes) {
     std::string pixels(4, 'x');
     sa1230_layer whole = layer_of(pixels, 0, 0, 2, 1);
     sa1230_layer empty = {nullptr, 0, 0, 2, 1};
@@ -57,7 +57,7 @@ TEST(sa1230_layer, turning_refuses_missing_pixels_and_odd_pixel_sizes) {
 TEST(sa1230_layer, draws_an_element_that_lies_inside_at_its_place) {
     const struct {
         int x, y, width, height;
-        const char *drawn; // one letter a pixel; nothing when it is refused
+        const char *drawn; // one letter a pixel; empty when it is refused
     } cases[] = {
         {10, 20, 4, 3, "#### #### ####"},
         {10, 20, 1, 1, "#... .... ...."},
@@ -86,7 +86,7 @@ TEST(sa1230_layer, draws_an_element_that_lies_inside_at_its_place) {
     }
 }
 
-TEST(sa1230_layer, elements_that_overlap_are_ored) {
+TEST(sa1230_layer, overlapping_elements_are_combined_by_or) {
     std::string surface(2, '\0');
     std::string first = {'\x0F', '\x11'};
     std::string second = {'\x35', '\x80'};

@@ -181,7 +181,7 @@ def killer_of(fault, build, tests):
     for stage in stages(fault, tests):
         programs = {test.program for test in stage if test.command[0].startswith(str(build))}
         if programs and not make(build, *sorted(programs)):
-            return ""  # what does not build is no fault: it is told as one that lives
+            return ""  # what does not build is no fault: it is listed as living
         killer = first_failure(stage)
         if killer:
             return killer

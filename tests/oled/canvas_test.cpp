@@ -67,7 +67,7 @@ TEST_F(mw_disp, says_what_it_cannot_release) {
     EXPECT_NE(g_canvas_handler, nullptr);
 }
 
-// What each operation draws and answers is what the module's own does with the same arguments.
+// Each operation draws and returns the same as the module's own with the same arguments.
 TEST_F(mw_disp, draws_and_shows_what_the_module_draws) {
     put_file("/data/picture.bmp", bmp_of(5, 3, random_pixels(5, 3)));
     ASSERT_EQ(mw_disp_init_module("ssd1327zb", device), 0);
@@ -109,11 +109,11 @@ TEST_F(mw_disp, draws_and_shows_what_the_module_draws) {
 
 TEST_F(mw_disp, needs_a_module_and_its_operation) {
     const auto expect_failures = [this](bool with_module) {
-        const auto fails = [&](const char *operation, bool speaks, auto fails_itself) {
+        const auto fails = [&](const char *operation, bool prints, auto fails_itself) {
             const std::string missing =
                 std::string("There was no ") + operation + " function registerd\n";
             EXPECT_EQ(printed([&] { EXPECT_TRUE(fails_itself()) << operation; }),
-                      speaks ? with_module ? missing : not_registered : "");
+                      prints ? with_module ? missing : not_registered : "");
         };
         fails("flush_canvas_to_disp", true, [] { return mw_disp_flush_canvas_to_disp() == -1; });
         fails("clean_canvas", true, [] { return mw_disp_clean_canvas() == -1; });
@@ -142,7 +142,7 @@ TEST_F(mw_disp, needs_a_module_and_its_operation) {
     expect_failures(false);
 }
 
-TEST_F(mw_disp, looks_at_the_arguments_first) {
+TEST_F(mw_disp, checks_its_arguments_first) {
     const bmpbuf without_pixels = {1, 1, nullptr};
     for (const bool with_module : {false, true}) {
         if (with_module) {

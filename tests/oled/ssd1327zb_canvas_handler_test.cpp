@@ -52,7 +52,7 @@ TEST_F(ssd1327zb_canvas_handler, releases_through_the_operations_that_it_has) {
     close(fd);
 }
 
-TEST_F(ssd1327zb_canvas_handler, leaves_nothing_behind_when_it_cannot_be_had) {
+TEST_F(ssd1327zb_canvas_handler, leaks_nothing_when_it_cannot_start) {
     const struct {
         int allocations;
         const char *path;

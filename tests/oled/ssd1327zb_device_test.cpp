@@ -75,7 +75,7 @@ TEST_F(ssd1327zb_device, works_with_what_the_link_accepts) {
     ssd1327zb_close(fd);
 }
 
-TEST_F(ssd1327zb_device, leaves_nothing_open_when_the_panel_cannot_be_had) {
+TEST_F(ssd1327zb_device, leaves_nothing_open_when_the_panel_cannot_be_opened) {
     const size_t descriptors = open_descriptors();
     EXPECT_EQ(printed([] {
                   EXPECT_EQ(ssd1327zb_open("/dev/spidev9.9"), -1);

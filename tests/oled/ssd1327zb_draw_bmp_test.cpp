@@ -26,7 +26,7 @@ std::vector<uint8_t> levels_of(const bmpbuf &picture) {
     return {picture.buf, picture.buf + picture.width * picture.height};
 }
 
-// The picture of a file for the life of the test, loaded with room for so many allocations.
+// The picture of a file, loaded while so many allocations succeed; released with the test.
 struct loaded {
     bmpbuf *content = nullptr;
 

@@ -7,7 +7,7 @@ using namespace renewer;
 
 namespace {
 
-// What belongs to the border is what is in the box and not in the box shrunk by the thickness.
+// The border is the box without the box that is smaller by the thickness on each side.
 bool is_border(const box &area, int thickness, int x, int y) {
     const auto inside = [&](int margin) {
         return x >= area.x + margin && x < area.x + area.width - margin && y >= area.y + margin &&

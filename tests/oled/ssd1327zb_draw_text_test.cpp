@@ -12,7 +12,7 @@ namespace {
 
 const std::string no_character = "this is neither Ascii nor chinese character!\n";
 
-// Texts that hold no characters only, and how many columns those before take.
+// Texts with something that is no character, and the columns of the characters before it.
 const struct {
     std::string text;
     int columns_before;
@@ -87,7 +87,7 @@ TEST(ssd1327zb_draw_text, counts_the_bytes_of_a_strip) {
         {"卫星A\x01", 768},
         {"\xE4\xB8\x80", 256},
         {"\xE9\xBE\xA5", 256},
-        {"\xE5\x41\x42", 256}, // within the bounds, though no UTF-8
+        {"\xE5\x41\x42", 256}, // within the bounds, but not UTF-8
         {std::string((1 << 24) - 1, 'x'), 2147483520},
         {std::string(1 << 24, 'x'), -1},
         {std::string(1 << 25, 'x'), -1},
@@ -141,7 +141,7 @@ TEST(ssd1327zb_draw_text, renders_nothing_that_does_not_fit) {
         size_t size;
         uint16_t height;
         std::string text;
-        int width; // as it is left
+        int width; // unchanged
     } cases[] = {
         {256, 0, "A", 4711},
         {255, 15, "A", 4711},
@@ -152,7 +152,7 @@ TEST(ssd1327zb_draw_text, renders_nothing_that_does_not_fit) {
         {0, 16, "A", 0},
         {256, 32, "AB", 8},
         {15 * 16, 16, "ABЖ", 15},
-        {65536 * 16, 16, "A", 4711}, // more columns than the record can tell
+        {65536 * 16, 16, "A", 4711}, // more columns than the record can hold
         {65535 * 16, 16, std::string(8192, 'x'), 65535},
     };
     EXPECT_EQ(printed([&] {
@@ -179,7 +179,7 @@ struct request {
     uint16_t row_length; // of the canvas
 };
 
-// What drawing pixel by pixel gives.
+// The result of drawing pixel by pixel.
 grey_levels with_strip(grey_levels levels, const strbuf &strip, const request &wanted) {
     for (int y = 0; y < 16; ++y) {
         for (int x = 0; x < wanted.area.width && wanted.start + x < strip.width; ++x) {

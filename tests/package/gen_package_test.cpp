@@ -31,8 +31,8 @@ int generate(const sources &s) {
                        s[62], s[63], s[64], s[65]);
 }
 
-// Each of the 64 arguments reaches the node of its own type, and comes back under its own name; in
-// a thread too.
+// Each of the 64 arguments is packed as the node of its own type and unpacked under its own name,
+// in a thread with a small stack.
 TEST(gen_package, all_types_at_once) {
     std::array<std::string, 66> files;
     sources given = {};

@@ -24,7 +24,7 @@ namespace {
 
 constexpr const char *path = "/tmp/package.bin";
 
-// What the library's streams claim to have in front of them.
+// The position that the library's streams report.
 int64_t stream_offset = 0;
 
 // 23 May 2024, 09:05:01.
@@ -75,7 +75,7 @@ uint32_t word_at(const std::string &bytes, size_t offset) {
     return word;
 }
 
-// Byte for byte what the format says, with the digest that md5sum gave.
+// Byte for byte what the format says, with the digest by md5sum.
 TEST(generate, package_made_by_hand) {
     put_file("/tmp/script", "true\n");
     put_file("/tmp/kernel", "kernel!\n");
@@ -207,7 +207,7 @@ TEST(generate, sources_that_cannot_be_packed) {
     EXPECT_EQ(generate(plan_of({}), "/tmp/none/package").result, 0);
 }
 
-// The package would not be what its table says. The first source is large enough for the second to
+// Its table would not match its content. The first source is large enough for the second to
 // change while the first is being copied.
 TEST(generate, source_that_changes_in_the_meantime) {
     put_file("/tmp/first", "");
@@ -240,7 +240,7 @@ TEST(generate, source_that_is_the_package_itself) {
     }
 }
 
-// In the source, at its end, in what is digested and at its end.
+// While copying the source and at its end, while computing the digest and at its end.
 TEST(generate, medium_that_fails) {
     put_file("/tmp/kernel", "kernel!\n");
     for (int reads = 0; reads <= 4; ++reads) {
@@ -261,7 +261,7 @@ TEST(generate, package_beyond_32_bits) {
 }
 
 // The disk fills up at one page after the other: in the payloads, the table and the header.
-TEST(generate, full_disk_never_gives_a_sound_package) {
+TEST(generate, full_disk_never_leaves_a_valid_package) {
     put_file("/tmp/kernel", std::string(40000, 'k'));
     const std::string target = small_disk::path + "/package"s;
     int completed = 0;

@@ -49,8 +49,7 @@ TEST(header, fields_of_the_new_layout) {
     EXPECT_STREQ(read.version.get(), "1.1.4.0");
 }
 
-// What a file without a whole header and text is worth, and that nothing is claimed that it does
-// not hold.
+// A header or version text that is cut off is refused, and no field beyond the cut is filled.
 TEST(header, new_layout_cut_anywhere) {
     const std::string whole = sample::new_header{}.bytes() + text;
     struct {

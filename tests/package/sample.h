@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-// Packages written out byte by byte, as the format has them.
+// Packages written out byte by byte.
 namespace sample {
 
 using namespace std::string_literals;

@@ -94,7 +94,7 @@ TEST(show, whole_new_package) {
     EXPECT_EQ(result, 1);
 }
 
-// The table lies behind the fill and the reserved word, whatever the length of the version text.
+// The table follows the fill and the reserved word, whatever the length of the version text.
 TEST(show, node_table_behind_each_length_of_version_text) {
     struct {
         const char *version;

@@ -25,7 +25,7 @@ namespace {
 
 constexpr const char *path = "/tmp/package.bin";
 
-// An unpacker's result and lines for a file with this content.
+// The result and the output of an unpacker for a file with this content.
 struct unpacking {
     int result = -1;
     std::string lines;
@@ -88,7 +88,7 @@ TEST(unpack, old_layout_into_the_current_directory) {
     EXPECT_EQ(listing("."), "install.sh: true\n\nrenewer.bin: the renewer\n\n");
 }
 
-TEST(unpack, directories_that_the_shell_would_take_apart) {
+TEST(unpack, directories_with_characters_of_the_shell) {
     for (const std::string name : {"two words", "a;touch hit"}) {
         const std::string directory = "/tmp/out/" + name;
         EXPECT_EQ(unpack(unpack_package, sample::old_package(), directory.c_str()).result, 1);
@@ -99,7 +99,7 @@ TEST(unpack, directories_that_the_shell_would_take_apart) {
     EXPECT_FALSE(fs::exists("hit"));
 }
 
-// What is read before the first extraction: without it nothing may be made.
+// What is read before the first extraction: when it fails, no file may be created.
 TEST(unpack, package_that_cannot_be_read) {
     const std::string old_bytes = sample::old_package();
     const std::string new_bytes = sample::new_package();
@@ -213,7 +213,7 @@ TEST(unpack, output_path_of_256_characters_is_refused) {
     }
 }
 
-TEST(unpack, package_that_bears_a_nodes_name) {
+TEST(unpack, package_named_like_a_node) {
     for (const char *own : {"install.sh", "renewer.bin"}) {
         for (const bool second_name : {false, true}) {
             fs::remove_all("/tmp/out");

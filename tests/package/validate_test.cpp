@@ -22,14 +22,14 @@ struct answer {
     std::string message;
     bool operator==(const answer &) const = default;
 };
-std::ostream &operator<<(std::ostream &out, const answer &given) {
-    return out << given.result << ' ' << given.message;
+std::ostream &operator<<(std::ostream &out, const answer &actual) {
+    return out << actual.result << ' ' << actual.message;
 }
 
 answer answer_of(int (*validate)(const char *), const char *file) {
-    answer given = {};
-    given.message = printed([&] { given.result = validate(file); });
-    return given;
+    answer actual = {};
+    actual.message = printed([&] { actual.result = validate(file); });
+    return actual;
 }
 
 struct verdicts {
@@ -72,9 +72,9 @@ TEST(validate, each_layout_by_its_rules) {
         {"empty", "", {too_short, no_header}},
     };
     for (const auto &[name, content, expected] : cases) {
-        const verdicts given = verdicts_on(content);
-        EXPECT_EQ(given.old_layout, expected.old_layout) << name;
-        EXPECT_EQ(given.new_layout, expected.new_layout) << name;
+        const verdicts actual = verdicts_on(content);
+        EXPECT_EQ(actual.old_layout, expected.old_layout) << name;
+        EXPECT_EQ(actual.new_layout, expected.new_layout) << name;
         EXPECT_EQ(answer_of(validate_package, piped(content).path.c_str()), expected.old_layout);
         EXPECT_EQ(answer_of(validate_package_new, piped(content).path.c_str()), expected.new_layout)
             << name;
@@ -115,7 +115,7 @@ TEST(validate, medium_that_fails) {
     const answer unread = {0, "read fail!\n"};
     const struct {
         int (*validate)(const char *);
-        answer expected[4]; // by the reads that work
+        answer expected[4]; // by the number of reads that work
     } cases[] = {{validate_package, {too_short, unread, unread, good}},
                  {validate_package_new, {no_header, no_header, unread, unread}}};
     put_file(path, sample::old_package(7));

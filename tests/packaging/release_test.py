@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Makes a release twice, from clones in different folders, and looks at what came out.
+"""Makes a release twice, from clones in different folders, and checks the results.
 
 usage: release_test.py SOURCE
 """
@@ -109,7 +109,7 @@ def main(source, work):
     options = re.search(r'^EXTRA_OECMAKE = "(.*)"$', recipe.read_text(), re.M)[1].split()
     recipe_builds(sources, work, "yocto", [*options, "-DRENEWER_LIBRARIES=OFF"])
     licence = re.search(r"md5=(\w+)", recipe.read_text())[1]
-    check(run("md5sum", sources / "LICENSE").startswith(licence), "the recipe knows the licence")
+    check(run("md5sum", sources / "LICENSE").startswith(licence), "the recipe names the licence")
     check(
         all(
             sources.name.endswith(version)
@@ -118,7 +118,7 @@ def main(source, work):
                 recipe.stem.split("_")[1],
             )
         ),
-        "the recipes know the version",
+        "the recipes name the version",
     )
 
 

@@ -13,7 +13,7 @@ using namespace renewer;
 
 namespace {
 
-TEST(shell, shell_that_cannot_be_started_is_tried_again_and_a_missing_command_is_not) {
+TEST(shell, shell_that_cannot_be_started_is_retried_but_no_missing_command) {
     constexpr int not_found = 127 << 8;
     struct {
         int fail;
@@ -56,7 +56,7 @@ TEST(shell, without_memory_for_the_line_nothing_is_run) {
     }
 }
 
-TEST(shell, every_byte_is_taken_as_it_is_at_the_begin_and_within_a_word) {
+TEST(shell, every_byte_passes_unchanged_at_the_start_and_within_a_word) {
     std::string line = "printf > /tmp/printed '%s\\0'";
     std::string expected;
     for (int byte = 1; byte < 256; ++byte) {
@@ -68,7 +68,7 @@ TEST(shell, every_byte_is_taken_as_it_is_at_the_begin_and_within_a_word) {
     EXPECT_EQ(get_file("/tmp/printed"), expected);
 }
 
-TEST(shell, ordinary_words_stand_as_they_are_and_others_are_quoted) {
+TEST(shell, plain_words_stay_unquoted_and_others_are_quoted) {
     struct {
         const char *text;
         const char *word;
@@ -88,7 +88,7 @@ TEST(shell, ordinary_words_stand_as_they_are_and_others_are_quoted) {
     }
 }
 
-TEST(shell, argument_reaches_the_command_as_it_is) {
+TEST(shell, argument_reaches_the_command_unchanged) {
     std::string all;
     for (int byte = 1; byte < 256; ++byte) {
         all += static_cast<char>(byte);
@@ -103,7 +103,7 @@ TEST(shell, argument_reaches_the_command_as_it_is) {
     EXPECT_FALSE(std::filesystem::exists("/tmp/x"));
 }
 
-TEST(shell, argument_that_looks_like_an_option_comes_behind_the_end_of_the_options) {
+TEST(shell, argument_like_an_option_follows_the_end_of_options) {
     struct {
         const char *argument;
         const char *arguments;
@@ -126,7 +126,7 @@ TEST(shell, own_lines_come_before_those_of_the_command) {
               "first, second\nthird\n");
 }
 
-TEST(shell, gives_the_status_of_the_command) {
+TEST(shell, returns_the_status_of_the_command) {
     EXPECT_EQ(shell("exit 3"), 3 << 8);
     EXPECT_EQ(shell("kill -9 $$"), 9);
 }

@@ -24,8 +24,8 @@ fs::path channel_file(int channel) {
     return adc / ("in_voltage" + std::to_string(channel) + "_raw");
 }
 
-// The counts that a channel gives, one reading after the other, the last one for good; no count for
-// a file that is not there.
+// The counts of a channel, one for each reading, the last one for all that follow; an empty one
+// stands for a missing file.
 using counts = std::vector<std::string>;
 const counts none = {""};
 
@@ -76,7 +76,7 @@ measurement measure(int machine_type, std::map<int, counts> channels) {
 }
 
 TEST(bat, percentage_of_every_hundredth_of_a_volt) {
-    // Worked out with fractions; single precision puts the product of some voltages just below the
+    // Computed with fractions; single precision puts the product of some voltages just below the
     // whole hundredth, none of them between 2.85 V and 4.10 V.
     constexpr std::array<int, 130> from_280 = {
         0,  0,  0,  0,  0,  0,  0,  0,  1,  1,  1,  1,  2,  2,  2,  2,  2,  3,  3,  3,  3,  4,
@@ -102,8 +102,8 @@ TEST(bat, percentage_of_every_hundredth_of_a_volt) {
     }
 }
 
-// The voltages are the nearest single-precision values of results worked out in double precision;
-// most differ in their last digits from results worked out in single precision throughout.
+// The voltages are the nearest single-precision values of results computed in double precision;
+// most differ in their last digits from results computed in single precision throughout.
 TEST(adc, converts_each_channel_by_its_scale) {
     const struct {
         int channel;
@@ -215,7 +215,7 @@ TEST(bat, mean_without_the_highest_and_the_lowest_reading) {
 }
 
 // After one huge reading a single-precision sum moves in steps of 8 V (4 V for type-C), and a first
-// reading that failed is the lowest: that gives a mean of exactly the limit.
+// reading that failed is the lowest: the mean is then exactly the limit.
 TEST(bat, external_power) {
     const std::string huge = "2147483647";
     const counts ext_8_0 = {"", huge, "188"};
@@ -251,7 +251,7 @@ TEST(bat, external_power) {
     }
 }
 
-TEST(usb_state, host_is_told_from_all_else) {
+TEST(usb_state, only_host_is_recognised) {
     const struct {
         const char *mode;
         bool host;

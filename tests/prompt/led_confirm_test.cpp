@@ -15,9 +15,8 @@ using namespace renewer;
 
 namespace {
 
-// What comes from the key device, a file, and what the clock says, once so many slices of the wait
-// have passed: when nothing more comes, reading the device gives its end, as from a pipe without a
-// writer.
+// What the key device, a file, and the clock hold once so many slices of the wait have passed.
+// After the last event, reading the device finds its end, as with a pipe without a writer.
 struct happening {
     int slice;
     event_bytes bytes;

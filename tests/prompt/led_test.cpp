@@ -53,7 +53,7 @@ TEST(led, failures_are_reported_and_create_nothing) {
     EXPECT_FALSE(fs::exists(brightness("Light_Empty")));
 }
 
-TEST(led, name_of_any_length_is_taken_whole_or_refused) {
+TEST(led, name_of_any_length_is_used_whole_or_refused) {
     const reply too_long = {-1, "led dev open failed\n", "open: File name too long\n"};
     for (const size_t length : {17u, 30u, 31u, 32u, 33u, 34u, 35u, 36u, 200u}) {
         const std::string name(length, 'L');

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr unsigned untouched = 4711;
 
-// What one call of key_get gave and printed.
+// What one call of key_get returns and prints.
 struct step {
     event_bytes event;
     int code;
@@ -45,7 +45,7 @@ void expect_steps(const std::vector<step> &steps) {
     EXPECT_EQ(key_close(device), 0);
 }
 
-std::string told(int code, int value, int seconds, int key) {
+std::string printed_for(int code, int value, int seconds, int key) {
     return "@" + std::to_string(code) + "  " + std::to_string(value) + " " +
            std::to_string(seconds) + "\nget the code is :" + std::to_string(key) + ".\n";
 }
@@ -66,47 +66,49 @@ TEST(mw_key, each_key_is_named_and_timed) {
     };
     std::vector<step> steps;
     for (const auto &[code, on_press, on_release] : keys) {
-        steps.push_back({event_of(code, 1, 100, 0), code, 0, told(code, 1, 100, code) + on_press});
+        steps.push_back(
+            {event_of(code, 1, 100, 0), code, 0, printed_for(code, 1, 100, code) + on_press});
         steps.push_back({event_of(0, 0, 100, 0), -1, untouched, ""});
         steps.push_back({event_of(code, 0, 102, 400000), code + 10, 2,
-                         told(code, 0, 102, code + 10) + on_release});
+                         printed_for(code, 0, 102, code + 10) + on_release});
         steps.push_back({event_of(0, 0, 102, 400000), -1, untouched, ""});
     }
     expect_steps(steps);
 }
 
 TEST(mw_key, codes_of_no_key_are_printed_and_refused) {
-    expect_steps({{event_of(1, 1, 7), -1, untouched, told(1, 1, 7, 1)},
-                  {event_of(1, 0, 7), -1, untouched, told(1, 0, 7, 11)},
-                  {event_of(9, 0, 7), -1, untouched, told(9, 0, 7, 19)},
-                  {event_of(19, 1, 7), -1, untouched, told(19, 1, 7, 19)},
-                  {event_of(UINT16_MAX, 0, 7), -1, untouched, told(UINT16_MAX, 0, 7, 65545)}});
+    expect_steps(
+        {{event_of(1, 1, 7), -1, untouched, printed_for(1, 1, 7, 1)},
+         {event_of(1, 0, 7), -1, untouched, printed_for(1, 0, 7, 11)},
+         {event_of(9, 0, 7), -1, untouched, printed_for(9, 0, 7, 19)},
+         {event_of(19, 1, 7), -1, untouched, printed_for(19, 1, 7, 19)},
+         {event_of(UINT16_MAX, 0, 7), -1, untouched, printed_for(UINT16_MAX, 0, 7, 65545)}});
 }
 
-TEST(mw_key, what_cannot_be_told_apart_is_decoded_alike) {
+TEST(mw_key, indistinguishable_events_are_decoded_alike) {
     expect_steps({
         // A scan code of another event type.
         {event_of(4, 0x70004, 5, 0, 4), 4, 0, "@4  458756 5\nget the code is :4.\n"},
         // The press of a key with event code 13 reads like the release of key 3.
-        {event_of(13, 1, 9, 0), 13, 9, told(13, 1, 9, 13) + "right_button is pressed:9s\n"},
+        {event_of(13, 1, 9, 0), 13, 9, printed_for(13, 1, 9, 13) + "right_button is pressed:9s\n"},
         // An auto-repeat is a later press.
-        {event_of(3, 1, 50, 0), 3, 0, told(3, 1, 50, 3)},
-        {event_of(3, 2, 59, 0), 3, 0, told(3, 2, 59, 3)},
-        {event_of(3, 0, 60, 0), 13, 1, told(3, 0, 60, 13) + "right_button is pressed:1s\n"},
+        {event_of(3, 1, 50, 0), 3, 0, printed_for(3, 1, 50, 3)},
+        {event_of(3, 2, 59, 0), 3, 0, printed_for(3, 2, 59, 3)},
+        {event_of(3, 0, 60, 0), 13, 1, printed_for(3, 0, 60, 13) + "right_button is pressed:1s\n"},
     });
 }
 
 TEST(mw_key, held_time_counts_from_the_stamp_also_when_it_is_zero) {
     expect_steps({
         {event_of(2, 0, 1700000000, 0), 12, 1700000000,
-         told(2, 0, 1700000000, 12) + "ok button is pressed:1700000000s\n"},
-        {event_of(2, 1, 0, 0), 2, 0, told(2, 1, 0, 2) + "ok_down_t->time:0s\n"},
-        {event_of(2, 0, 2, 600000), 12, 3, told(2, 0, 2, 12) + "ok button is pressed:3s\n"},
+         printed_for(2, 0, 1700000000, 12) + "ok button is pressed:1700000000s\n"},
+        {event_of(2, 1, 0, 0), 2, 0, printed_for(2, 1, 0, 2) + "ok_down_t->time:0s\n"},
+        {event_of(2, 0, 2, 600000), 12, 3, printed_for(2, 0, 2, 12) + "ok button is pressed:3s\n"},
         // esc and power share their times: the first release uses them up.
-        {event_of(7, 1, 10, 0), 7, 0, told(7, 1, 10, 7)},
-        {event_of(8, 1, 20, 0), 8, 0, told(8, 1, 20, 8)},
-        {event_of(8, 0, 23, 0), 18, 3, told(8, 0, 23, 18) + "power button is pressed:3s\n"},
-        {event_of(7, 0, 25, 0), 17, 25, told(7, 0, 25, 17) + "esc button is pressed:25s\n"},
+        {event_of(7, 1, 10, 0), 7, 0, printed_for(7, 1, 10, 7)},
+        {event_of(8, 1, 20, 0), 8, 0, printed_for(8, 1, 20, 8)},
+        {event_of(8, 0, 23, 0), 18, 3, printed_for(8, 0, 23, 18) + "power button is pressed:3s\n"},
+        {event_of(7, 0, 25, 0), 17, 25, printed_for(7, 0, 25, 17) + "esc button is pressed:25s\n"},
     });
 }
 
@@ -162,16 +164,16 @@ TEST(mw_key, last_event_value) {
     std::string values;
     for (int i = 0; i < 4; ++i) {
         key_get(device, &duration);
-        const reply given = reply_of([] { return get_gpio_info(0); });
-        EXPECT_EQ(given.out, line + std::to_string(given.value) + "\n");
-        values += std::to_string(given.value);
+        const reply result = reply_of([] { return get_gpio_info(0); });
+        EXPECT_EQ(result.out, line + std::to_string(result.value) + "\n");
+        values += std::to_string(result.value);
     }
     EXPECT_EQ(values, "2210"); // an event without a code is not kept, a refused one is
     key_close(device);
     EXPECT_EQ(get_gpio_info(0), 0);
 }
 
-TEST(mw_key, device_that_gives_nothing_is_lost) {
+TEST(mw_key, device_without_data_is_lost) {
     put_file(key_device, "");
     const int device = key_open(1);
     unsigned duration = untouched;

@@ -57,7 +57,7 @@ std::set<std::string> threads() {
     return names_in("/proc/self/task");
 }
 
-// Whether there are so many threads; one that has been joined may be listed for a moment longer.
+// Waits for that number of threads: one that was joined may be listed for a moment longer.
 bool threads_become(size_t count) {
     for (int i = 0; i < 500 && threads().size() != count; ++i) {
         usleep(10'000);
@@ -65,7 +65,7 @@ bool threads_become(size_t count) {
     return threads().size() == count;
 }
 
-// A sanitizer's own thread comes with the first that the process starts.
+// A sanitizer starts a thread of its own with the first of the process.
 std::set<std::string> threads_at_rest() {
     std::thread([] {}).join();
     usleep(50'000);
@@ -111,7 +111,7 @@ TEST(prompt_led_corvus, without_a_host_record) {
     EXPECT_EQ(get_file("/sys/class/leds/Light_Gps/brightness"), "");
 }
 
-TEST(prompt_led_corvus, success_joins_the_thread_before_it_looks_at_the_host_record) {
+TEST(prompt_led_corvus, success_joins_the_thread_before_it_reads_the_host_record) {
     make_leds();
     make_host("1013563400120000");
     const std::set<std::string> before = threads_at_rest();
@@ -147,12 +147,12 @@ TEST(prompt_led_corvus, thread_that_cannot_be_started_is_not_joined) {
     EXPECT_EQ(joins, 0);
 }
 
-// Also where the names in the patterns come from another file of the program than the prompts'.
+// The names in its table and in `five_off` are compared by address across two source files.
 TEST(prompt_led_corvus, light_that_runs_along_the_panel) {
     make_leds();
     make_host("1013563400120000");
     show_leds(five_off);
-    reply_of(prompt_updating_screen_corvus); // lets the bodies of the thread run
+    reply_of(prompt_updating_screen_corvus); // so that the bodies of threads run
     std::thread running([] { led_thread_fun_corvus(nullptr); });
     bool lit = false;
     for (int i = 0; i < 500 && !lit; ++i) {

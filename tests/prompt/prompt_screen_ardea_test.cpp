@@ -26,7 +26,7 @@ int joins = 0;
 
 } // namespace
 
-// The linker leads the program's calls of pthread_create and pthread_join here.
+// The linker redirects the program's calls of pthread_create and pthread_join to these.
 extern "C" int __real_pthread_create(pthread_t *, const pthread_attr_t *, void *(*)(void *),
                                      void *);
 extern "C" int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
@@ -43,7 +43,7 @@ namespace {
 
 constexpr const char lcd[] = "/dev/spidev1.0";
 
-// A picture file of one pixel, by which it is known on the panel.
+// A picture file of one pixel, which identifies it on the panel.
 void put_marked(const std::string &name, uint8_t mark) {
     put_file("/reserve/update/" + name,
              bmp_of(1, 1, std::string{'\0', '\0', static_cast<char>(mark * 8)}));
@@ -97,7 +97,7 @@ TEST(prompt_screen_init, opens_both_devices_once) {
     EXPECT_TRUE(is_open(lcd));
 }
 
-TEST(prompt_screen_init, tries_both_again_after_the_lcd_did_not_open) {
+TEST(prompt_screen_init, retries_both_after_the_lcd_did_not_open) {
     std::filesystem::create_directories("/dev/input");
     const std::string no_lcd = "spi_oled__open: /dev/spidev1.0 error!\nopen err\n";
     EXPECT_EQ(reply_of(init_screen_ardea), (reply{-1, "key fd < 0\n" + no_lcd, ""}));
@@ -116,7 +116,7 @@ TEST_F(prompt_screen, first_event_decides) {
     const struct {
         std::string events;
         int answer;
-        const char *told;
+        const char *message;
     } cases[] = {
         {event_of(2, 1), 1, "key 2 enter\n"},
         {event_of(2, 0), 0, "key 12 enter\n"},
@@ -124,14 +124,14 @@ TEST_F(prompt_screen, first_event_decides) {
         {event_of(0, 0, 0, 0, 0) + event_of(2, 1), 0, "key -1 enter\n"},
         {"", 0, "key -1 enter\n"}, // a dead device: readable, and nothing in it
     };
-    for (const auto &[events, answer, told] : cases) {
+    for (const auto &[events, answer, message] : cases) {
         uninit_screen_ardea();
         put_file(key_device, events);
         init_screen_ardea();
         spi().forget();
-        const reply given = reply_of(prompt_confirm_screen_ardea);
-        EXPECT_EQ(given.value, answer) << told;
-        EXPECT_TRUE(given.out.ends_with(told)) << given.out;
+        const reply result = reply_of(prompt_confirm_screen_ardea);
+        EXPECT_EQ(result.value, answer) << message;
+        EXPECT_TRUE(result.out.ends_with(message)) << result.out;
         EXPECT_TRUE(asked().transcript.ends_with("wait 120 s\n")) << "after the picture";
     }
 }
@@ -172,7 +172,7 @@ TEST_F(prompt_screen, shows_each_result_and_closes_the_lcd) {
 TEST_F(prompt_screen, draws_nothing_on_a_closed_lcd) {
     put_marked("success.bmp", 1);
     EXPECT_EQ(prompt_success_screen_ardea(), 1);
-    const int other = open("/dev/null", O_RDWR); // takes the number that became free
+    const int other = open("/dev/null", O_RDWR); // gets the number of the closed one
     spi().forget();
     EXPECT_EQ(prompt_failure_screen_ardea(), 1);
     EXPECT_EQ(init_screen_ardea(), 1);
@@ -181,8 +181,8 @@ TEST_F(prompt_screen, draws_nothing_on_a_closed_lcd) {
     close(other);
 }
 
-// Watches the animation: notes what is on the screen at each of its sleeps and holds the thread at
-// the last one until the test has seen enough.
+// Records what is on the screen at each sleep of the animation and stops its thread at the last one
+// until the test is done.
 struct watched_animation {
     std::mutex lock;
     std::condition_variable changed;
@@ -231,7 +231,7 @@ struct watched_animation {
     }
 };
 
-// Frames are known by their number modulo 32, in the blue of their pixel.
+// The blue of its pixel is the number of a frame modulo 32.
 void put_frames(int count) {
     for (int frame = 0; frame < count; ++frame) {
         put_marked("updating_" + std::to_string(frame) + ".bmp", static_cast<uint8_t>(frame % 32));
@@ -297,7 +297,7 @@ TEST_F(prompt_screen, animation_ends_by_itself_with_the_built_in_picture) {
     }
 }
 
-TEST_F(prompt_screen, a_thread_that_could_not_start_is_not_joined) {
+TEST_F(prompt_screen, thread_that_could_not_start_is_not_joined) {
     threads_can_start = false;
     EXPECT_EQ(reply_of(prompt_updating_screen_ardea),
               (reply{1, "updating11111\n", // EAGAIN is 11

@@ -1,5 +1,4 @@
-// How a run ends: what the user is asked and shown, what is left for the rest of the unit, and when
-// the process ends.
+// How a run ends: what the user is asked and shown, the marker files, and the end of the process.
 
 #include "simulator/unit/unit.h"
 #include "tests/run/order.h"
@@ -36,20 +35,21 @@ constexpr const char cancelled[] = "shell /etc/init.d/S080_application stop\n"
 TEST(ending, second_power_press_cancels) {
     const outcome end = unit()
                             .model("13")
-                            .clock_speed(10) // the presses come within 2 s, also on a busy desk
+                            .clock_speed(10) // the presses come within 2 s on a busy machine too
                             .press(key::right, after(asked, 500ms))
                             .press(key::right, after("act release right", 100ms))
                             .run(from_storage);
     EXPECT_TRUE(end.has("out user canceled  update program"));
     EXPECT_EQ(commands_after(end, "shell /etc"), cancelled);
-    EXPECT_TRUE(end.exists("/tmp/update_over")); // nobody has taken it away, nobody waits
+    EXPECT_TRUE(
+        end.exists("/tmp/update_over")); // it was not removed, and the run does not wait for that
     EXPECT_FALSE(end.exists("/tmp/update_flag"));
     EXPECT_EQ(end.file("/data/sbin/renewer"), "the installed updater\n");
     // The refusal flashes three times and rests before the marker is made: 3 x 2 s + 3 s.
     EXPECT_GE(between(end, "user canceled", "shell touch"), 9s);
     EXPECT_EQ(end.transcript({event_kind::sleep}),
               "sleep 1 s\nsleep 1 s\nsleep 1 s\nsleep 1 s\nsleep 1 s\nsleep 1 s\nsleep 3 s\n"
-              "sleep 1 s\n"); // the last is the ending's
+              "sleep 1 s\n"); // the last one belongs to the ending
 }
 
 TEST(ending, silence_cancels_after_two_minutes) {
@@ -69,7 +69,7 @@ TEST(ending, single_power_press_confirms_after_two_seconds) {
     EXPECT_EQ(end.exit_status, 1);
 }
 
-TEST(ending, success_is_shown_told_and_rebooted_from) {
+TEST(ending, success_is_shown_and_reported_before_the_reboot) {
     const outcome end = unit()
                             .model("13")
                             .press(key::ok, after(asked, 500ms))
@@ -79,7 +79,7 @@ TEST(ending, success_is_shown_told_and_rebooted_from) {
                                    "shell touch /tmp/update_flag");
     EXPECT_GE(rest, 13s); // 10 s of rest and 3 s of the success pattern
     EXPECT_TRUE(in_order(end, {"sleep 10 s", "sleep 3 s"}));
-    // One line a poll, 100 ms apart, from 1 s after the marker until it is gone.
+    // One line for each poll, every 100 ms from 1 s after the marker was made until it is removed.
     const int polls = end.count("shell echo check_update_over");
     EXPECT_GE(polls, 2);
     EXPECT_EQ(end.count("sleep 0.1 s"), polls - 1);
@@ -96,7 +96,7 @@ TEST(ending, success_is_shown_told_and_rebooted_from) {
                                                                 "exit status 1\n");
 }
 
-TEST(ending, failure_is_shown_told_and_rebooted_from) {
+TEST(ending, failure_is_shown_and_reported_before_the_reboot) {
     const outcome end = unit()
                             .model("13")
                             .install_script("#!/bin/sh\necho broken\nexit 1\n")
@@ -119,18 +119,18 @@ TEST(ending, failure_is_shown_told_and_rebooted_from) {
     EXPECT_TRUE(in_order(end, {"act remove /tmp/update_over", "shell /etc/init.d/rc.stop"}));
 }
 
-TEST(ending, refusal_waits_until_the_marker_is_taken_away) {
+TEST(ending, refusal_waits_until_the_marker_is_removed) {
     const outcome end = unit()
                             .model("13")
                             .remove("/tmp/update_over", after("sleep 2 s", 3s))
                             .run({"1", "/mnt/x", "34"});
     EXPECT_GE(between(end, "sleep 2 s", "exit status 0"), 3s);
-    // A first look after 1 s, then one every 2 s.
+    // The first poll after 1 s, then one every 2 s.
     EXPECT_TRUE(end.transcript({event_kind::sleep}).starts_with("sleep 1 s\nsleep 2 s\n"));
     EXPECT_EQ(end.count("sleep 1 s"), 1);
 }
 
-TEST(ending, marker_that_is_never_taken_away_holds_the_run) {
+TEST(ending, marker_that_is_never_removed_blocks_the_run) {
     const outcome end =
         unit().model("13").clock_speed(1000).patience(2s).run({"1", "/mnt/x", "34"});
     EXPECT_TRUE(end.timed_out);

@@ -1,4 +1,4 @@
-// What the install step does with the update, its script and the updater's own copy.
+// The install step: the copy of the update, its script and the updater's own copy.
 
 #include "tests/run/order.h"
 #include "tests/run/usual_unit.h"
@@ -20,7 +20,7 @@ bool succeeded(const outcome &end) {
     return end.has("shell echo update_success");
 }
 
-TEST(install, script_that_fails_once_is_run_again) {
+TEST(install, script_that_fails_once_is_retried) {
     const outcome end = usual_unit()
                             .install_script("#!/bin/sh\n"
                                             "test -e /tmp/second && echo second && exit 0\n"
@@ -63,8 +63,9 @@ TEST(install, update_without_files_is_not_installed) {
     EXPECT_FALSE(succeeded(end));
 }
 
-// At a clock that lets a busy desk start and end a script within its limits. In both attempts
-// together the script is asked to end so many times, and so many groups are killed.
+// The clock is slow enough for a busy machine to start and end a script within its limits. `asked`
+// is how often the script is asked to end and `killed` how many groups are killed, in both
+// attempts.
 void expect_stopped_twice(const char *script, int asked, int killed) {
     const outcome end = usual_unit().clock_speed(40).install_script(script).run(limited);
     EXPECT_EQ(end.count("shell killall install.sh"), asked);
@@ -115,7 +116,7 @@ TEST(install, what_a_failed_script_leaves_running_may_finish_before_the_second_a
 }
 
 TEST(install_time_limit, what_a_stopped_script_leaves_running_does_not_meet_the_second_attempt) {
-    // Each attempt leaves a writer behind that outlives the first signal.
+    // Each attempt leaves a writer that survives the first signal.
     const outcome end = usual_unit()
                             .install_script("#!/bin/sh\n"
                                             "echo attempt >> /tmp/written\n"
@@ -146,7 +147,7 @@ TEST(install, alarm_from_outside_ends_only_scripts_of_the_name) {
     EXPECT_TRUE(succeeded(end));
 }
 
-TEST(install_time_limit, holds_whatever_the_starter_left_behind) {
+TEST(install_time_limit, applies_whatever_the_caller_left_set) {
     const outcome end = usual_unit()
                             .careless_starter()
                             .install_script("#!/bin/sh\nwhile :; do sleep 1; done\n")
@@ -179,7 +180,7 @@ TEST(install, what_a_good_script_leaves_running_goes_on) {
     EXPECT_EQ(end.file("/tmp/later"), "finished\n");
 }
 
-TEST(install, without_a_limit_the_script_has_its_time) {
+TEST(install, script_without_a_limit_may_take_its_time) {
     const outcome end =
         usual_unit().install_script("#!/bin/sh\nsleep 300\necho done\n").run(unlimited);
     EXPECT_TRUE(end.has("out wait -1 sec..."));
@@ -229,7 +230,7 @@ TEST(install, version_file_that_cannot_be_opened_fails_the_update) {
     EXPECT_FALSE(succeeded(end));
 }
 
-TEST(install, pipe_in_place_of_a_version_file_holds_nothing) {
+TEST(install, pipe_in_place_of_a_version_file_does_not_block) {
     const outcome end = usual_unit()
                             .does(
                                 "make a pipe",

@@ -1,4 +1,5 @@
 #include "simulator/unit/unit.h"
+#include "tests/run/order.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -51,7 +52,7 @@ TEST(led_prompts, confirm_answers) {
     const struct {
         unit described;
         std::string result;
-        const char *decided_by; // what happened at the unit
+        const char *decided_by; // by which event
         std::string printed;
     } cases[] = {
         {led_unit().press(key::ok, in_1_s), "prompt 1: 1", "press ok", "get a key\n@2  1 "},
@@ -72,7 +73,7 @@ TEST(led_prompts, confirm_answers) {
         EXPECT_EQ(end.exit_status, 0);
         EXPECT_THAT(end.output(), HasSubstr(printed));
         EXPECT_THAT(end.output(), Not(HasSubstr("poweroff button press one time 2 second")));
-        EXPECT_GE(end.when(result), end.when(decided_by)) << printed;
+        EXPECT_TRUE(in_order(end, {decided_by, result}));
         EXPECT_TRUE(leds_and_sleeps(end).ends_with(five_off));
     }
 }
@@ -91,7 +92,7 @@ TEST(led_prompts, confirm_blinks_the_five_until_120_s_have_passed) {
     EXPECT_GE(end.when("prompt 1: 0").value(), 120s);
 }
 
-// A device that is gone is readable for ever: looked at once in each slice.
+// A device that is gone stays readable: it is read once in each slice.
 TEST(led_prompts, confirm_without_a_usable_key_device_ends_after_120_s) {
     const struct {
         const char *what;
@@ -115,8 +116,8 @@ TEST(led_prompts, confirm_without_a_usable_key_device_ends_after_120_s) {
     }
 }
 
-// A key neither begins a new slice nor takes one from the budget: with keys as without there are
-// 400 whole slices.
+// A key neither starts a new slice nor uses one up: there are 400 whole slices with and without
+// keys.
 TEST(led_prompts, ignored_keys_do_not_prolong_the_wait) {
     unit described = led_unit();
     for (int key_number = 0; key_number < 300; ++key_number) {
@@ -159,7 +160,7 @@ TEST(led_prompts, failure_and_refusal_flash_three_times) {
     }
 }
 
-TEST(led_prompts, a_missing_led_is_reported_and_passed_over) {
+TEST(led_prompts, missing_led_is_reported_and_skipped) {
     const outcome end = led_unit().without("/sys/class/leds/Light_Gps").run({"2"});
 
     std::string others = five_off.substr(five_off.find('\n') + 1);
@@ -168,8 +169,8 @@ TEST(led_prompts, a_missing_led_is_reported_and_passed_over) {
     EXPECT_EQ(end.errors(), "open: No such file or directory\nopen: No such file or directory\n");
 }
 
-// The steps that each thread asks for; where the prompts' own come between those of the running
-// indication is chance.
+// The steps that each thread asks for: the order between those of the prompts and those of the
+// running indication is arbitrary.
 TEST(led_prompts, running_indication_alternates_until_the_result_is_shown) {
     const std::string charge = "led Light_Charge 255\nled Light_Power 0\n";
     const std::string power = "led Light_Charge 0\nled Light_Power 255\n";
@@ -184,7 +185,7 @@ TEST(led_prompts, running_indication_alternates_until_the_result_is_shown) {
         EXPECT_TRUE(end.output().starts_with("################update coming!#####################\n"
                                              "prompt 3: 1\n"))
             << end.output();
-        EXPECT_EQ(end.exit_status, 0); // no report of a sanitizer either
+        EXPECT_EQ(end.exit_status, 0); // a sanitizer reports nothing either
         std::string seen = end.transcript({event_kind::led});
         for (int prompt = 0; prompt < 2; ++prompt) { // each prepares itself
             seen.erase(seen.find(static_on), static_on.size());
@@ -247,7 +248,7 @@ TEST(led_prompts, host_record_that_vanishes_stops_no_ending) {
     const std::string refusal =
         "open sys err: No such file or directory\nget_local_host_info() failure\n";
     EXPECT_EQ(end.errors(), refusal + refusal);
-    EXPECT_EQ(end.exit_status, 0); // with the running indication still going on
+    EXPECT_EQ(end.exit_status, 0); // while the running indication continues
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-// Whether all of these lines are in the time line, the first one of each in this order.
+// Whether the time line has all of these lines; their first occurrences in this order.
 inline testing::AssertionResult in_order(const simulator::outcome &end,
                                          std::initializer_list<std::string_view> lines) {
     std::optional<simulator::unit_time> last;

@@ -1,4 +1,4 @@
-// Which packages a unit takes, and what it says of those that it refuses.
+// Which packages a unit installs, and what it prints about those that it refuses.
 
 #include "tests/run/order.h"
 #include "tests/run/usual_unit.h"
@@ -110,7 +110,7 @@ TEST(part_number, host_record_decides_who_the_unit_is) {
     }
 }
 
-TEST(part_number, what_a_short_record_lacks_fits_nothing) {
+TEST(part_number, short_host_record_fits_no_package) {
     for (const std::vector<std::string> &arguments :
          {std::vector<std::string>{"1", path, ""}, {"2", path, ""}, {"3", path}}) {
         const outcome end = usual_unit().file("/update/hw/sys", "unit 1 ").run(arguments);

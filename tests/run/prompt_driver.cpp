@@ -2,8 +2,8 @@
 //
 //     6                 prompt_user(6), and prints "prompt 6: <result>"
 //     until=/tmp/x      waits until there is such a file
-//     descriptors=1100  takes descriptors up to that number
-//     light             runs the second pattern beside, until the running indication is ended
+//     descriptors=1100  opens descriptors up to that number
+//     light             runs the second pattern in a thread until the running indication ends
 #include "prompt/prompt_led_corvus.h"
 #include "prompt/prompt_user.h"
 

@@ -20,7 +20,7 @@ const std::vector<std::string> with_question = {"1", "/media/sda1/update", "34"}
 const std::vector<std::string> without_question = {"5", "/firmware/package"};
 const moment asked = after("wait 120 s", 1s);
 
-// Goes on until the desk has seen enough of the animation.
+// Runs until the test has seen enough of the animation.
 constexpr const char waiting_script[] =
     "#!/bin/sh\nwhile [ ! -e /tmp/enough ]; do sleep 0.2; done\n";
 
@@ -38,7 +38,7 @@ int occurrences(const std::string &text, const std::string &part) {
     return found;
 }
 
-// Each picture came as a window, a memory write and 19 transfers; the last one is still there.
+// Each picture is sent as a window, a memory write and 19 transfers; the last one is still shown.
 void expect_good_wire(const outcome &end) {
     EXPECT_EQ(end.panel.faults(), sa1230_panel::fault_counts{});
     EXPECT_TRUE(end.panel.shows());
@@ -81,7 +81,7 @@ TEST(screen, first_event_decides) {
     const std::string synchronisation(16, '\0');
     const struct {
         unit described;
-        const char *told; // what is printed of the key
+        const char *printed; // of the key
         bool confirmed;
     } cases[] = {
         {screen_unit().press(key::ok, asked), "key 2 enter", true},
@@ -93,18 +93,18 @@ TEST(screen, first_event_decides) {
         {screen_unit(), "", false},
         {screen_unit().without("/dev/input/event1"), "", false},
     };
-    for (auto [described, told, confirmed] : cases) {
+    for (auto [described, printed, confirmed] : cases) {
         const outcome end = described.with_prompt_pictures().run(with_question);
         EXPECT_EQ(end.count("wait 120 s"), 1);
-        EXPECT_EQ(end.count(" enter"), *told == '\0' ? 0 : 1);
-        EXPECT_TRUE(end.has(told)) << end.output();
+        EXPECT_EQ(end.count(" enter"), *printed == '\0' ? 0 : 1);
+        EXPECT_TRUE(end.has(printed)) << end.output();
         EXPECT_EQ(shown_with_animation(end),
                   confirmed ? "confirm animation success" : "confirm notallow");
         EXPECT_EQ(end.exit_status, confirmed ? 1 : 0);
         EXPECT_EQ(end.file("/data/sbin/renewer"),
                   confirmed ? "the updater of this update\n" : "the installed updater\n");
         EXPECT_EQ(end.exists("/tmp/update_flag"), confirmed);
-        EXPECT_TRUE(*told != '\0' || *end.when("user canceled") >= 120s);
+        EXPECT_TRUE(*printed != '\0' || *end.when("user canceled") >= 120s);
     }
 }
 
@@ -138,7 +138,7 @@ TEST(screen, each_prompt_falls_back_to_its_built_in_picture) {
         const outcome good = described.run(with_question);
         EXPECT_EQ(shown_with_animation(good), installed);
         const std::string result = "screen picture " + std::to_string(good.pictures.size() - 1);
-        EXPECT_LT(good.when("sleep 10 s"), good.when(result));
+        EXPECT_TRUE(in_order(good, {"sleep 10 s", result}));
         EXPECT_TRUE(good.has("call reboot"));
         expect_good_wire(good);
 
@@ -151,21 +151,21 @@ TEST(screen, each_prompt_falls_back_to_its_built_in_picture) {
     }
 }
 
-TEST(screen, broken_pictures_are_told_and_replaced) {
+TEST(screen, broken_pictures_are_reported_and_replaced) {
     const bmp wide = {.width = 295, .height = 126, .pixel_bytes = 888 * 126};
     const struct {
         std::string file;
-        const char *told;
+        const char *message;
     } cases[] = {{wide.first(60'000), "bmp head err\n"}, {wide.bytes(), "out of range\n"}};
-    for (const auto &[file, told] : cases) {
+    for (const auto &[file, message] : cases) {
         unit it = screen_unit().press(key::ok, asked);
         for (const char *name : {"confirm", "updating_0", "success"}) {
             it.file(std::string("/reserve/update/") + name + ".bmp", file);
         }
         const outcome end = it.run(with_question);
         EXPECT_EQ(shown(end), "update_now_bmp updating_bmp update_success_bmp");
-        EXPECT_EQ(end.count("spi command 2C"), 3) << "nothing of the broken ones was sent";
-        EXPECT_EQ(occurrences(end.output(), told), 3);
+        EXPECT_EQ(end.count("spi command 2C"), 3) << "the broken ones are not sent";
+        EXPECT_EQ(occurrences(end.output(), message), 3);
         expect_good_wire(end);
     }
 }
@@ -203,11 +203,11 @@ TEST(screen, lcd_that_cannot_be_opened_ends_the_run) {
               "shell touch /tmp/update_over\n"
               "shell sync\n"
               "exit status 0\n");
-    EXPECT_LT(end.when("act remove /tmp/update_over"), end.when("exit status 0"));
+    EXPECT_TRUE(in_order(end, {"act remove /tmp/update_over", "exit status 0"}));
 }
 
-// 20 transfers start the panel, 24 show a picture. What fails is not sent again, what follows is
-// still sent, and the update goes on.
+// 20 transfers start the panel, 24 show a picture. A failed transfer is not repeated, those after
+// it are still made, and the update continues.
 TEST(screen, failing_transfers_do_not_stop_the_update) {
     const struct {
         int working;
@@ -239,7 +239,7 @@ TEST(screen, failing_transfers_do_not_stop_the_update) {
     }
 }
 
-// Counts of the converter: battery 741 is 3.42 V a cell and 27 % (no count gives 28 or 29 %), 742
+// Counts of the converter: battery 741 is 3.42 V a cell and 27 % (no count is 28 or 29 %), 742
 // is 3.43 V and 30 %; DC input 187 is 7.98 V, 188 is 8.02 V; type-C 255 is 4.487 V, 256 is 4.504 V.
 TEST(screen, supplies_decide_whether_the_update_may_begin) {
     const auto supplied = [](int battery, int dc, int type_c) {
@@ -252,7 +252,7 @@ TEST(screen, supplies_decide_whether_the_update_may_begin) {
     const struct {
         const char *what;
         unit described;
-        std::string usb; // what is printed of it
+        std::string usb; // the lines on it
         bool dc, type_c;
         int percent;
         bool allowed;

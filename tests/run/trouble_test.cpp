@@ -19,7 +19,7 @@ TEST(trouble, run_outlives_the_reader_of_its_output) {
                             .file("/etc/init.d/umount_all",
                                   "#!/bin/sh\necho unmounting\necho done > /tmp/unmounted\n", 0755)
                             .run(no_questions);
-    // The reader is gone from here on: what the run prints later has nowhere to go.
+    // From here on the reader is gone and what the run prints is lost.
     EXPECT_TRUE(end.has("call S080_application ended"));
     EXPECT_FALSE(end.has("out wait -1 sec..."));
     EXPECT_EQ(end.file("/tmp/unmounted"), "done\n");
@@ -42,31 +42,33 @@ TEST(trouble, install_script_alone_has_the_usual_signals) {
     EXPECT_EQ(end.count("out ended by 0"), 2);
 }
 
-TEST(trouble, signals_to_end_do_not_end_a_run_that_shuts_the_unit_down) {
+TEST(trouble, termination_signals_do_not_stop_a_shutdown) {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         SCOPED_TRACE(signal);
-        const outcome end = usual_unit()
-                                .file("/etc/init.d/rc.stop", "#!/bin/sh\nsleep 5\n", 0755)
-                                .without_shell(4, "/etc/init.d/umount_all")
-                                .kill_program(SIGHUP, after("sleep 10 s", 1s)) // and never before
-                                .kill_program(signal, after("shell /etc/init.d/rc.stop", 1s))
-                                // Between two tries for a shell: system(3) itself ignores SIGINT.
-                                .kill_program(signal, after("shell /etc/init.d/umount_all", 500ms))
-                                .run(no_questions);
+        const outcome end =
+            usual_unit()
+                .file("/etc/init.d/rc.stop", "#!/bin/sh\nsleep 5\n", 0755)
+                .without_shell(4, "/etc/init.d/umount_all")
+                .kill_program(SIGHUP, after("sleep 10 s", 1s)) // and never before
+                .kill_program(signal, after("shell /etc/init.d/rc.stop", 1s))
+                // Between two attempts to start a shell: system(3) itself ignores SIGINT.
+                .kill_program(signal, after("shell /etc/init.d/umount_all", 500ms))
+                .run(no_questions);
+        EXPECT_EQ(end.count("act signal"), 3);
         EXPECT_TRUE(end.has("call umount_all"));
         EXPECT_TRUE(end.has("call reboot"));
         EXPECT_EQ(end.exit_status, 1);
     }
 }
 
-TEST(trouble, shell_that_cannot_be_started_is_tried_again_and_done_without) {
+TEST(trouble, shell_that_cannot_be_started_is_retried_and_then_skipped) {
     struct {
         int times;
         const char *command;
         bool installed;
         const char *last;
     } const cases[] = {
-        {4, "", true, "call reboot\n"}, // of the first command, and so the application is stopped
+        {4, "", true, "call reboot\n"}, // the application is stopped nevertheless
         {4, "cp -drf", true, "call reboot\n"},
         {4, "/firmware/install.sh", true, "call reboot\n"},
         {99, "cp /firmware", true, "call reboot\n"},
@@ -77,6 +79,7 @@ TEST(trouble, shell_that_cannot_be_started_is_tried_again_and_done_without) {
     for (const auto &[times, command, installed, last] : cases) {
         SCOPED_TRACE(command);
         const outcome end = usual_unit().without_shell(times, command).run(no_questions);
+        EXPECT_GE(end.count("sleep 1 s"), 4) << "the pauses between the attempts";
         EXPECT_EQ(end.has("out status 0"), installed);
         EXPECT_EQ(end.count("out fork_exec"), installed ? 1 : 0);
         EXPECT_EQ(end.has("call S080_application stop"), times < 99 || *command != '\0');
@@ -89,13 +92,17 @@ TEST(trouble, shell_that_cannot_be_started_is_tried_again_and_done_without) {
     }
 }
 
-TEST(trouble, refused_reboot_is_asked_of_the_kernel) {
-    const outcome end =
-        usual_unit().file("/.simulator/bin/reboot", "#!/bin/sh\nexit 1\n", 0755).run(no_questions);
-    EXPECT_TRUE(end.transcript({event_kind::call}).ends_with("call reboot by the kernel\n"));
+TEST(trouble, reboot_command_that_is_missing_or_fails_is_replaced_by_the_kernels) {
+    for (const char *script : {"#!/bin/sh\nexit 1\n", "#!/bin/sh\nexit 127\n"}) {
+        const outcome end =
+            usual_unit().file("/.simulator/bin/reboot", script, 0755).run(no_questions);
+        EXPECT_TRUE(in_order(end, {"shell reboot", "call reboot by the kernel"}));
+        EXPECT_EQ(end.count("shell reboot"), 1);
+        EXPECT_TRUE(end.transcript({event_kind::call}).ends_with("call reboot by the kernel\n"));
+    }
 }
 
-TEST(trouble, missing_leds_are_reported_and_passed_over) {
+TEST(trouble, missing_leds_are_reported_and_skipped) {
     const outcome end = usual_unit().without("/sys/class/leds").run(no_questions);
     EXPECT_TRUE(end.has("err open: No such file or directory"));
     EXPECT_TRUE(end.has("out led dev open failed"));
@@ -111,7 +118,7 @@ TEST(trouble, log_that_cannot_be_written_fails_the_update_but_not_the_run) {
     EXPECT_EQ(end.exit_status, 1);
 }
 
-TEST(trouble, marker_that_cannot_be_made_or_is_gone_again_holds_nothing) {
+TEST(trouble, marker_that_cannot_be_made_or_is_gone_delays_nothing) {
     const outcome end = unit().model("13").without("/tmp").file("/tmp", "").run(no_questions);
     EXPECT_NE(end.errors().find("touch: cannot touch '/tmp/update_over'"), std::string::npos);
     EXPECT_TRUE(end.has("call reboot"));
@@ -125,36 +132,28 @@ TEST(trouble, marker_that_cannot_be_made_or_is_gone_again_holds_nothing) {
               1);
 }
 
-TEST(trouble, unit_without_the_reboot_command_is_rebooted) {
-    const outcome end = usual_unit()
-                            .file("/.simulator/bin/reboot", "#!/bin/sh\nexit 127\n", 0755)
-                            .run(no_questions);
-    EXPECT_TRUE(in_order(end, {"shell reboot", "call reboot by the kernel"}));
-    EXPECT_EQ(end.count("shell reboot"), 1);
-}
-
-TEST(trouble, path_of_any_length_is_taken_whole) {
+TEST(trouble, path_of_any_length_is_used_whole) {
     const std::string path = "/firmware/update/" + std::string(100'000, 'x');
     const outcome end = usual_unit().run({"5", path});
     EXPECT_TRUE(end.has("shell rm -rf " + path));
     EXPECT_EQ(end.exit_status, 1);
 }
 
-// The updater is ended hard at each step of the run. What it has not come to must not have
-// happened, and the installed updater must be whole.
-TEST(trouble, killed_at_any_step_it_leaves_nothing_half_done) {
+// The updater is killed at each step of the run. Later steps must not have happened, and the
+// installed updater must be whole.
+TEST(trouble, kill_at_any_step_leaves_nothing_half_done) {
     struct {
         const char *step;
         bool files_in_place;
         bool updater_replaced;
-        bool told_to_the_unit;
+        bool marked;
     } const cases[] = {
         {"led Light_Gps 255", false, false, false},
         {"out fork_exec", true, false, false},
         {"sleep 10 s", true, true, false},
         {"act found /tmp/update_over", true, true, true},
     };
-    for (const auto &[step, in_place, replaced, told] : cases) {
+    for (const auto &[step, in_place, replaced, marked] : cases) {
         SCOPED_TRACE(step);
         const outcome end = unit()
                                 .model("13")
@@ -167,13 +166,13 @@ TEST(trouble, killed_at_any_step_it_leaves_nothing_half_done) {
         EXPECT_EQ(end.exists("/firmware/install.sh"), in_place);
         EXPECT_EQ(end.file("/data/sbin/renewer"),
                   replaced ? "the updater of this update\n" : "the installed updater\n");
-        EXPECT_EQ(end.exists("/tmp/update_over"), told);
+        EXPECT_EQ(end.exists("/tmp/update_over"), marked);
         EXPECT_FALSE(end.has("call reboot"));
     }
 }
 
-TEST(trouble, nothing_of_a_unit_goes_on_after_the_run) {
-    // The tree of a unit that is gone must stay as it is.
+TEST(trouble, no_process_of_a_unit_outlives_the_run) {
+    // The tree of a unit that has ended must not change any more.
     for (const bool cut : {false, true}) {
         unit lively = usual_unit().install_script(
             "#!/bin/sh\n(while :; do date > /tmp/alive; done) &\nsleep 30\n");

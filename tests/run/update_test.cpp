@@ -9,9 +9,9 @@ namespace {
 constexpr auto what_is_ordered = {event_kind::out,  event_kind::err,   event_kind::shell,
                                   event_kind::call, event_kind::alarm, event_kind::exit};
 
-// Takes out what another process does in its own time: the application's end, the script's begin
-// (its place beside the alarm's) and the polls for the marker beyond the first, which are as many
-// as the desk is slow.
+// Removes what other processes do in their own time: the application's end, the script's start
+// (its place beside the alarm's) and the polls for the marker beyond the first, whose number
+// depends on the speed of this machine.
 std::string without_chance(std::string transcript) {
     const std::string poll = "shell echo check_update_over >> /data/app/log/update.log\n";
     for (size_t twice; (twice = transcript.find(poll + poll)) != std::string::npos;) {

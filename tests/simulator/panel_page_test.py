@@ -177,7 +177,7 @@ class Page:
             time.sleep(0.05)
 
     def forget(self):
-        """What the story tells now is of an earlier run."""
+        """Marks what the story holds now as of an earlier run."""
         self.browser.execute_script(
             "for (const line of arguments[0].children) line.classList.add('earlier')",
             self.at("events"),
@@ -248,7 +248,7 @@ class Page:
         self.until("dark", lambda: not self.browser.find_elements(By.CSS_SELECTOR, "#lamps .on"))
 
     def pixels(self):
-        """What the screen shows, in the colours that the LCD can tell apart."""
+        """What the screen shows, in the colours that the LCD has."""
         url = self.browser.execute_script("return document.querySelector('canvas').toDataURL()")
         return lcd_colours(Image.open(io.BytesIO(base64.b64decode(url.partition(",")[2]))))
 

@@ -115,7 +115,7 @@ TEST(renewer_desk, judges_refusals_and_logs) {
     });
 }
 
-TEST(renewer_desk, leaves_nothing_when_it_is_broken_off) {
+TEST(renewer_desk, leaves_nothing_when_interrupted) {
     expect_rows({
         {"timeout --preserve-status -s INT 2", 130, "INTERRUPTED"},
         {"run good.bin --speed 40 | head -1", 0, "A unit with LEDs; its application has"},
@@ -125,7 +125,7 @@ TEST(renewer_desk, leaves_nothing_when_it_is_broken_off) {
     });
 }
 
-TEST(renewer_desk, says_what_would_be_right) {
+TEST(renewer_desk, suggests_what_would_be_right) {
     expect_rows({
         {"run", 2, "renewer-desk: PACKAGE is required"},
         {"run good.bin --expect fine", 2,
@@ -142,7 +142,7 @@ TEST(renewer_desk, says_what_would_be_right) {
     });
 }
 
-TEST(renewer_desk, tells_the_story_as_data_and_as_a_page) {
+TEST(renewer_desk, reports_the_run_as_data_and_as_a_page) {
     const work_directory work;
     work.put("hostile.sh", "#!/bin/sh\necho '<script>alert(1)</script> {{x}} \\377'\nexit 1\n");
     const ended_command end =
@@ -173,24 +173,24 @@ TEST(renewer_desk, tells_the_story_as_data_and_as_a_page) {
     }
 }
 
-// What stands for a picture and a panel is told when its thread pauses, not by a time.
-TEST(terminal, tells_patterns_when_they_stand) {
+// A pattern is reported when the thread that shows it pauses, not after a time.
+TEST(terminal, reports_patterns_once_they_are_complete) {
     led_view view;
-    const auto told = [&](event happened) {
+    const auto line_of = [&](event happened) {
         const std::string line = view.line_for(happened);
         view.take(happened);
         return line;
     };
-    EXPECT_EQ(told({1s, event_kind::led, "Light_Charge 255", true}), "");
-    EXPECT_EQ(told({2s, event_kind::sleep, "10 s", false}), ""); // of another thread
-    EXPECT_EQ(told({3s, event_kind::led, "Light_Static_Data 0", false}), "");
-    EXPECT_EQ(told({4s, event_kind::out, "x\n", false}), "");
-    EXPECT_THAT(told({5s, event_kind::sleep, "0.5 s", true}),
+    EXPECT_EQ(line_of({1s, event_kind::led, "Light_Charge 255", true}), "");
+    EXPECT_EQ(line_of({2s, event_kind::sleep, "10 s", false}), ""); // of another thread
+    EXPECT_EQ(line_of({3s, event_kind::led, "Light_Static_Data 0", false}), "");
+    EXPECT_EQ(line_of({4s, event_kind::out, "x\n", false}), "");
+    EXPECT_THAT(line_of({5s, event_kind::sleep, "0.5 s", true}),
                 HasSubstr("5.000 s  panel   \u25cb ST"));
-    EXPECT_EQ(told({6s, event_kind::sleep, "0.5 s", true}), "");
+    EXPECT_EQ(line_of({6s, event_kind::sleep, "0.5 s", true}), "");
 }
 
-TEST(terminal, panels_fit_it) {
+TEST(terminal, panels_fit_the_window) {
     picture seen = {294, 126, std::vector<uint8_t>(size_t{294} * 126 * 3, 255)};
     std::fill_n(seen.rgb.begin(), seen.rgb.size() / 2, uint8_t{0});
     const screen_view screen("", seen);

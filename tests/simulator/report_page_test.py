@@ -54,7 +54,7 @@ with tempfile.TemporaryDirectory() as work:
         if len(sys.argv) > 2:
             browser.save_screenshot(str(pathlib.Path(sys.argv[2], "report.png")))
         check(
-            "the verdict stands at the top",
+            "the verdict is at the top",
             shown("h1")[0].text == "FAILED" and "script status 3, twice" in shown("header")[0].text,
         )
         check("the script's log is there", "no room for the kernel" in shown("pre")[0].text)
@@ -73,7 +73,7 @@ with tempfile.TemporaryDirectory() as work:
             {"features": [{"name": "prefers-color-scheme", "value": "dark"}]},
         )
         check(
-            "it is dark in the dark",
+            "it follows a dark colour scheme",
             shown("body")[0].value_of_css_property("background-color") != ground,
         )
         browser.execute_cdp_cmd(

@@ -47,7 +47,7 @@ TEST(sa1230_panel, shows_pixels_upright) {
     EXPECT_NE(seen(panel, 293, 0), red) << "bytes in the wrong order";
 }
 
-TEST(sa1230_panel, takes_data_in_any_portions) {
+TEST(sa1230_panel, accepts_data_in_any_portions) {
     sa1230_panel panel = ready();
     act(panel, "C2A D00 D7D D00 D7D C2C DF8 D0000 D1F");
     EXPECT_EQ(seen(panel, 293, 125), red);
@@ -66,7 +66,7 @@ TEST(sa1230_panel, shows_nothing_unless_all_lines_and_commands_say_so) {
     }
 }
 
-TEST(sa1230_panel, sees_what_a_driver_does_wrong) {
+TEST(sa1230_panel, counts_what_a_driver_does_wrong) {
     const struct {
         std::string script;
         faults expected;
@@ -93,7 +93,7 @@ TEST(sa1230_panel, sees_what_a_driver_does_wrong) {
     }
 }
 
-TEST(sa1230_panel, gives_its_picture_as_a_file_that_another_program_reads) {
+TEST(sa1230_panel, writes_its_picture_as_a_file_that_another_program_reads) {
     sa1230_panel panel = ready();
     act(panel, four_colours);
     write_png("/tmp/seen.png", panel.seen());
@@ -105,7 +105,7 @@ TEST(sa1230_panel, gives_its_picture_as_a_file_that_another_program_reads) {
     EXPECT_THROW(read_png("/tmp/none.png"), std::runtime_error);
 }
 
-TEST(sa1230_panel, tells_of_each_transfer) {
+TEST(sa1230_panel, describes_each_transfer) {
     sa1230_panel panel = ready();
     panel.level(0);
     EXPECT_EQ(panel.transfer(std::vector<uint8_t>{0x2A}), "command 2A");

@@ -12,7 +12,7 @@ using faults = ssd1327_panel::fault_counts;
 using corner_levels = std::vector<int>;
 const std::string dark = " D" + std::string(2 * 8192, '0') + " ";
 
-// A dark panel that is on, turned as the glass is, with the window of 2 addresses by 2 rows in the
+// A dark panel that is on, rotated as the glass is, with the window of 2 addresses by 2 rows in the
 // upper left corner.
 ssd1327_panel ready() {
     ssd1327_panel panel;
@@ -24,7 +24,7 @@ int level_at(const ssd1327_panel &panel, int x, int y) {
     return panel.seen_levels()[static_cast<size_t>(y * 128 + x)];
 }
 
-// The upper left four columns of two rows, once the panel has been acted on.
+// The upper left four columns of two rows after a script.
 corner_levels corner(ssd1327_panel &panel, const std::string &script) {
     act(panel, script);
     corner_levels levels;
@@ -53,11 +53,11 @@ TEST(ssd1327_panel, shows_a_wrong_setting_as_a_wrong_picture) {
         int x, y, left, right;
     } cases[] = {
         {"53", 0, 0, 1, 2},     // as the glass is mounted
-        {"51", 0, 0, 2, 1},     // nibbles not turned
-        {"52", 126, 0, 1, 2},   // columns not turned
+        {"51", 0, 0, 2, 1},     // nibbles not swapped
+        {"52", 126, 0, 1, 2},   // columns not mirrored
         {"50", 126, 0, 2, 1},   // neither
-        {"43", 0, 127, 1, 2},   // rows not turned
-        {"40", 126, 127, 2, 1}, // nothing turned
+        {"43", 0, 127, 1, 2},   // rows not mirrored
+        {"40", 126, 127, 2, 1}, // none of these
     };
     for (const auto &[map, x, y, left, right] : cases) {
         ssd1327_panel panel;
@@ -109,7 +109,7 @@ TEST(ssd1327_panel, counts_what_makes_no_sense) {
     }
 }
 
-TEST(ssd1327_panel, says_what_a_transfer_was) {
+TEST(ssd1327_panel, describes_each_transfer) {
     ssd1327_panel panel;
     EXPECT_EQ(panel.transfer(std::vector<uint8_t>{0x15, 0x00, 0x3F}), "command 15 00 3F");
     panel.level(1);

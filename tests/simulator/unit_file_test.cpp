@@ -1,4 +1,4 @@
-// Unit files: what is told of what they should not hold.
+// Unit files: the messages on errors in them.
 
 #include "simulator/desk/unit_file.h"
 #include "simulator/unit/temporary_directory.h"

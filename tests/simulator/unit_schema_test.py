@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The schema of unit files knows the fields that the desk knows, and takes the examples.
+"""The schema of unit files has the fields that the desk accepts, and accepts the examples.
 
 usage: unit_schema_test.py SCHEMA EXAMPLES DESK DOCUMENT
 """
@@ -17,17 +17,17 @@ desk = sys.argv[3]
 
 
 def fields_of_desk(prefix):
-    """What the desk says that it knows below a field, when it meets another one."""
+    """The fields that the desk lists in its message on an unknown one."""
     nested = "there_is_none: x"
     for name in reversed(prefix):
         nested = f"{name}: {{{nested}}}"
     with tempfile.NamedTemporaryFile("w", suffix=".yaml") as unit:
         unit.write(nested)
         unit.flush()
-        told = subprocess.run(
+        message = subprocess.run(
             [desk, "run", "--unit", unit.name, "/dev/null"], capture_output=True, text=True
         ).stderr
-    return set(told.strip().split("there are ")[1].split(", "))
+    return set(message.strip().split("there are ")[1].split(", "))
 
 
 properties = schema["properties"]
@@ -41,7 +41,7 @@ for prefix, known in [
     (("battery",), schema["definitions"]["supply"]["oneOf"][1]["properties"]),
 ]:
     if fields_of_desk(prefix) != set(known):
-        sys.exit(f"{prefix}: the desk knows {fields_of_desk(prefix)}, the schema {set(known)}")
+        sys.exit(f"{prefix}: the desk accepts {fields_of_desk(prefix)}, the schema {set(known)}")
 
 jsonschema.Draft7Validator.check_schema(schema)
 validator = jsonschema.Draft7Validator(schema)
@@ -53,6 +53,6 @@ validator.validate(yaml.safe_load(document.split("```yaml\n")[1].split("```")[0]
 wrong = ["batery: 6", "battery: full", "files: {a: x}", "keys: [start@1s]", "faults: [cut]"]
 for text in wrong:
     if validator.is_valid(yaml.safe_load(text)):
-        sys.exit(f"the schema takes {text}")
+        sys.exit(f"the schema accepts {text}")
 if not examples:
     sys.exit("no examples")

@@ -1,4 +1,4 @@
-// What is read of a run in the field, from the lines that its application caught.
+// What a log of a run in the field says, as its application recorded it.
 
 #include "simulator/desk/verdict.h"
 
@@ -55,7 +55,7 @@ TEST(verdict, reads_each_ending_from_a_log) {
         {asked + "get the code is :13.\nget the code is :13.\nuser canceled  update program\n",
          "DECLINED (the power key was pressed twice)"},
         {asked + "user canceled  update program\n", "DECLINED (nobody answered within 120 s)"},
-        // Cut logs, and lines of others between.
+        // Truncated logs, and lines of other programs in between.
         {asked, "CUT (the log stops while waiting for the user's answer)"},
         {started + "dhcp: status unknown\n",
          "CUT (the log stops while running the install script)"},

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-// Acts on a panel as a script says, word by word: "C" and bytes in hexadecimal are sent at the
+// Executes a script on a panel, word by word: "C" and bytes in hexadecimal are sent at the
 // command level, "D" and bytes at the data level; "P" and "R" with 0 or 1 set the power and the
 // reset line.
 template <typename panel_type>

@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 // Lets a medium fail: the first `reads_that_work` calls of fread in the project's libraries
-// succeed; what is read then turns into a directory, which cannot be. For one source file of a test
-// that is linked with -Wl,--wrap=fread.
+// succeed; then the stream is replaced by a directory, which cannot be read. For one source file of
+// a test that is linked with -Wl,--wrap=fread.
 inline int reads_that_work = INT_MAX;
 
 extern "C" size_t __real_fread(void *to, size_t size, size_t count, FILE *stream);

@@ -30,7 +30,7 @@ inline int thrown(int low, int high) {
     return std::uniform_int_distribution(low, high)(dice());
 }
 
-// A box about the size of the panel, which lies on it about every other time.
+// A box about the size of the panel; about every other one overlaps it.
 inline renewer::box thrown_box() {
     const auto place = [] {
         return static_cast<int16_t>(thrown(0, 3) == 0 ? thrown(-9, 140) : thrown(0, 90));
@@ -45,7 +45,7 @@ inline bool lies_on_panel(const renewer::box &area) {
     return area.x >= 0 && area.y >= 0 && area.x + area.width <= 128 && area.y + area.height <= 128;
 }
 
-// A canvas that holds anything, for the life of the test.
+// A canvas with random content, released with the test.
 struct any_canvas {
     renewer::canvas *frame = renewer::ssd1327zb_create_canvas();
 

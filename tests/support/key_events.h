@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-// Input events as the key device gives them: 16 bytes, little end first.
+// Input events as the key device sends them: 16 bytes, little-endian.
 inline const std::filesystem::path key_device = "/dev/input/event1";
 
 using event_bytes = std::string;

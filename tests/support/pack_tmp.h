@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-// The header that the main application leaves of a new-layout package, put together by hand: 100
+// The header of a new-layout package that the main application leaves, written by hand: 100
 // bytes with the part number at 32, the length of the version text at 52 and the record count at
 // 88, then the version text with its terminator.
 inline std::string pack_tmp(std::string_view pn, std::string_view version = "1.1.4.0") {

@@ -45,8 +45,8 @@ inline std::string rgb565_of(const std::string &pixels) {
     return result;
 }
 
-// A BMP file of 24-bit pixels that is right, with room for one change: each byte of its pixels is
-// its place in the file.
+// A valid BMP file of 24-bit pixels, to be changed in one field. Each byte of the pixels is its
+// offset in the file.
 struct bmp {
     uint32_t offset = 54;
     int64_t width = 4;

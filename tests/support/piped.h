@@ -6,7 +6,7 @@
 #include <thread>
 #include <unistd.h>
 
-// A file that cannot be sought in: content that comes through a pipe, once, in pieces.
+// A file without seeking: content that comes through a pipe, once, in pieces.
 class piped {
 public:
     explicit piped(std::string_view content) {

@@ -30,7 +30,7 @@ struct reply {
 
 template <typename operation>
 reply reply_of(operation run) {
-    reply given = {};
-    given.err = complained([&] { given.out = printed([&] { given.value = run(); }); });
-    return given;
+    reply result = {};
+    result.err = complained([&] { result.out = printed([&] { result.value = run(); }); });
+    return result;
 }

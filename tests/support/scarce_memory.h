@@ -5,7 +5,7 @@
 #include <cstddef>
 
 // Lets memory run out: the first `allocations_left` calls of malloc in the project's libraries
-// succeed; tells the largest that was asked for. For one source file of a test that is linked with
+// succeed. Records the largest request. For one source file of a test that is linked with
 // -Wl,--wrap=malloc.
 inline int allocations_left = INT_MAX;
 inline size_t largest_allocation = 0;

@@ -13,8 +13,8 @@
 // Which pictures a unit's user saw. PROMPT_PICTURES and BUILT_IN_PICTURES are the directories of
 // the BMP files in the build tree.
 
-// What netpbm, another program, finds in a BMP file, and 16 bits a pixel leave of it: the low bits
-// of each colour go, and the panel fills them with the high ones.
+// A BMP file as netpbm, another program, reads it, reduced to 16 bits a pixel: the panel replaces
+// the low bits of each colour by its high ones.
 inline simulator::picture read_bmp(const std::string &path) {
     const std::string file = netpbm("bmptopnm -quiet '" + path + "'");
     simulator::picture read;

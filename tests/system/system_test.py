@@ -69,21 +69,21 @@ def shown(events, files, pictures):
 
 
 def without_repetition(seen):
-    told = []
+    result = []
     while seen:
         times = 1
         while len(seen) > 1 and seen[2 * times : 2 * times + 2] == seen[:2]:
             times += 1
         if times > 1:
-            told.append(f"{times} x {seen[0]}, {seen[1]}")
+            result.append(f"{times} x {seen[0]}, {seen[1]}")
             seen = seen[2 * times :]
         else:
-            told.append(seen.pop(0))
-    return told
+            result.append(seen.pop(0))
+    return result
 
 
 def without_polls(lines):
-    """The lines, those that tell of a look for the end marker only once."""
+    """The lines, those of the polls for the end marker only once."""
     return [
         line
         for i, line in enumerate(lines)
@@ -108,27 +108,27 @@ def left(tree, files):
         for path, content in tree.items()
     }
     origin = {content: path for path, content in tree.items()}
-    told = []
+    result = []
     for path, content in files.items():
         if not path.startswith("/result") and content is not None and tree.get(path) != content:
-            told.append(f"{path} = {origin[content]}" if content in origin else path)
+            result.append(f"{path} = {origin[content]}" if content in origin else path)
     gone = [
         f"{path} is gone"
         for path in tree
         if path.startswith(("/data", "/firmware", "/update")) and path not in files
     ]
-    return sorted(told + gone)
+    return sorted(result + gone)
 
 
 def spans(events, wanted):
     """The seconds between lines that contain two texts, for each wanted "<seconds> <text> > <text>"."""
-    told = []
+    result = []
     for span in wanted:
         first, second = span.split(" ", 1)[1].split(" > ")
         starts = [when for when, line in events if first in line]
         ends = [when for when, line in events if second in line and starts and when > starts[0]]
-        told.append(f"{ends[0] - starts[0]:.1f} {first} > {second}" if ends else "not seen")
-    return told
+        result.append(f"{ends[0] - starts[0]:.1f} {first} > {second}" if ends else "not seen")
+    return result
 
 
 def ending(console, events):

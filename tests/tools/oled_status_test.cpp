@@ -56,7 +56,7 @@ TEST_F(oled_status_screen, scrolls_its_long_line_and_nothing_else) {
     EXPECT_EQ(spi().oled.faults(), simulator::ssd1327_panel::fault_counts{});
 }
 
-TEST_F(oled_status_screen, tells_of_what_it_cannot_draw) {
+TEST_F(oled_status_screen, reports_what_it_cannot_draw) {
     const oled_status::text_strip wrong("Ж");
     EXPECT_FALSE(wrong.is_rendered());
     EXPECT_FALSE(oled_status::compose(*battery, wrong, 0));

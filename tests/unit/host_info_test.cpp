@@ -16,7 +16,7 @@ std::string record_of(const host_info &host) {
     return {reinterpret_cast<const char *>(&host), sizeof(host)};
 }
 
-TEST(host_info, takes_the_first_77_bytes_and_no_more) {
+TEST(host_info, reads_the_first_77_bytes_and_no_more) {
     for (const size_t size : {size_t{0}, size_t{10}, size_t{77}, size_t{5000}}) {
         const std::string content(size, 'x');
         put_file(path, content);

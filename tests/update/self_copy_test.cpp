@@ -97,7 +97,7 @@ TEST(self_copy, both_are_the_new_updater_or_what_they_were) {
         const char *cp;     // in place of the command, null for none
         const char *installed_is;
         const char *fallback_is;
-        std::string steps; // empty: whichever
+        std::string steps; // empty: any
     } cases[] = {
         {"nothing in the way", 4000, 200, false, 9, nullptr, "new", "new", first_flush},
         {"runs", 4000, 200, true, 0, nullptr, "new", "new",

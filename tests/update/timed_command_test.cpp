@@ -56,19 +56,19 @@ TEST(timed_command, at_least_one_attempt_and_no_more_than_asked_for) {
     }
 }
 
-TEST(timed_command, child_that_cannot_be_made_is_reported_and_not_tried_again) {
+TEST(timed_command, child_that_cannot_be_made_is_reported_and_not_retried) {
     no_processes_left = true;
     EXPECT_EQ(reply_of([] { return fork_exec_timeout("true", "none", 60, 2); }),
               (reply{1, "fork_exec: true\n", "fork failed: Resource temporarily unavailable\n"}));
 }
 
-TEST(timed_command, command_that_asks_gets_no_answer) {
+TEST(timed_command, command_that_reads_its_input_finds_none) {
     put_file("/tmp/answers", "answer\n");
     ASSERT_NE(freopen("/tmp/answers", "r", stdin), nullptr);
     EXPECT_EQ(fork_exec_timeout("read answer", "none", no_limit, 1), 1 << 8);
 }
 
-TEST(timed_command, what_a_failed_attempt_leaves_is_waited_for_as_far_as_it_can_be_seen) {
+TEST(timed_command, what_a_failed_attempt_leaves_is_waited_for_if_it_is_visible) {
     std::filesystem::copy_file("/bin/sleep", "/tmp/a) S 1");
     const struct {
         const char *command;
