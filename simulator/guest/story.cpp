@@ -60,7 +60,7 @@ private:
     void start();
     void look_at_panel();
     void take_signal();
-    void note_processor_time() const;
+    void note_what_was_used() const;
     void act();
     void perform(const std::string &action);
     int wait_ms() const;
@@ -191,13 +191,21 @@ void player::look_at_panel() {
     note("screen picture " + number);
 }
 
-// Records the processor time of the program: all of its threads, but not its commands.
-void player::note_processor_time() const {
+// Records what the program has used: processor time of all its threads, but not of its commands,
+// and the peak of its memory (proc_pid_status(5)).
+void player::note_what_was_used() const {
     clockid_t its_clock = {};
     timespec used = {};
-    if (clock_getcpuclockid(program, &its_clock) == 0 && clock_gettime(its_clock, &used) == 0) {
-        std::ofstream(directory / "processor_ms")
-            << static_cast<double>(used.tv_sec) * 1e3 + static_cast<double>(used.tv_nsec) / 1e6;
+    clock_getcpuclockid(program, &its_clock);
+    clock_gettime(its_clock, &used);
+    std::ofstream file(directory / "used");
+    file << static_cast<double>(used.tv_sec) * 1e3 + static_cast<double>(used.tv_nsec) / 1e6
+         << " ms";
+    std::ifstream status("/proc/" + std::to_string(program) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmHWM:")) {
+            file << ',' << line.substr(line.find_first_of(" \t"));
+        }
     }
 }
 
@@ -206,7 +214,7 @@ void player::take_signal() {
     while (::read(signals.get(), &information, sizeof(information)) > 0) {
         if (information.ssi_signo == reboot_request) {
             note("reboot requested");
-            note_processor_time();
+            note_what_was_used();
             how = ending::reboot;
             end_due = clock::now() + last_moments;
         }

@@ -138,8 +138,8 @@ def ending(console, events):
 
 
 def play(machine, name, pictures):
-    """What was expected of a scenario and what was seen, each as lines of text, and the processor's
-    milliseconds until the reboot, where there was one."""
+    """What was expected of a scenario and what was seen, each as lines of text, and the processor time
+    and memory that the program took until the reboot, where there was one."""
     scenario = SCENARIOS[name]
     tree = usual_tree(scenario["model"], f"{ARM_BUILD}/src/update/renewer")
     tree |= {
@@ -172,7 +172,7 @@ def play(machine, name, pictures):
     return (
         [f"{part}: {line}" for part in seen for line in wanted[part]],
         [f"{part}: {line}" for part, list_of in seen.items() for line in list_of],
-        (files.get("/result/processor_ms") or b"-").decode(),
+        " ".join((files.get("/result/used") or b"").decode().split()),
     )
 
 
@@ -184,9 +184,9 @@ def main():
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         runs = {name: pool.submit(play, machine, name, pictures) for name in names}
         for name, run in runs.items():
-            wanted, seen, processor_ms = run.result()
+            wanted, seen, used = run.result()
             verdict = "passed" if seen == wanted else "FAILED"
-            print(f"{verdict}  {name:24} {processor_ms:>8} ms of the processor", flush=True)
+            print(f"{verdict}  {name:24}{used}".rstrip(), flush=True)
             if seen != wanted:
                 failed += 1
                 print(
