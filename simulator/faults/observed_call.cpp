@@ -71,7 +71,7 @@ const std::vector<known_call> known_calls = {
     {SYS_mmap, "mmap", memory, false, false, {ENOMEM}},
 };
 
-const known_call &known(int number) {
+const known_call &find_call(int number) {
     return *std::find_if(known_calls.begin(), known_calls.end(),
                          [number](const known_call &call) { return call.number == number; });
 }
@@ -182,7 +182,7 @@ call_book::process &call_book::process_of(pid_t number) {
 
 bool call_book::enter(const seccomp_notif &notified, observed_call *entry) {
     const auto caller = static_cast<pid_t>(notified.pid);
-    const known_call &call = known(notified.data.nr);
+    const known_call &call = find_call(notified.data.nr);
     process &maker = process_of(caller);
     const std::string &who = maker.name;
     const std::string subject = subject_of(call, caller, notified.data);

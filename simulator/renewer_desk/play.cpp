@@ -32,7 +32,7 @@ std::unique_ptr<panel_view> view_of(const run_setup &setup, const run_options &o
 
 // The package is added before the described files, which may replace some of its own. A second
 // start finds what the first one has left.
-unit made(const run_setup &setup, const run_options &options, bool with_package) {
+unit make_unit(const run_setup &setup, const run_options &options, bool with_package) {
     unit it;
     if (with_package) {
         take(it, *setup.offer);
@@ -91,13 +91,13 @@ run_story play(const run_setup &setup, const run_options &options) {
     front_panel panel(*view, detect_output_style(options.plain, options.verbose));
     const key power = power_key_of(setup.described);
     printf("%s\n", setup.introduction.c_str());
-    unit first = made(setup, options, setup.offer.has_value());
+    unit first = make_unit(setup, options, setup.offer.has_value());
     story.runs.push_back(run_in(first, setup, panel, power));
     if (story.runs.back().end.power_cut && setup.described.start_again) {
         printf("\nThe power is back; the updater is started on what was left.\n");
         run_setup again = setup;
         again.described.power_cut.reset();
-        unit second = made(again, options, false);
+        unit second = make_unit(again, options, false);
         second.started_on(story.runs.back().end);
         story.runs.push_back(run_in(second, again, panel, power));
     }

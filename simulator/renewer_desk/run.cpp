@@ -133,7 +133,7 @@ void write_file(const fs::path &path, const std::string &content) {
     }
 }
 
-int judged(const run_story &story, const std::string &expected) {
+int compare_with_expected(const run_story &story, const std::string &expected) {
     std::string word = story.result.word;
     std::ranges::transform(word, word.begin(),
                            [](unsigned char letter) { return tolower(letter); });
@@ -160,7 +160,7 @@ int conclude(const run_story &story, const run_options &options) {
         printf("\nPeak memory of the program: %ld KiB\n", story.runs.back().end.peak_memory_kib);
     }
     printf("%s\n", story.result.line().c_str());
-    return judged(story, options.expected);
+    return compare_with_expected(story, options.expected);
 }
 
 } // namespace

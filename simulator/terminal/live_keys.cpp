@@ -46,7 +46,7 @@ live_keys::live_keys(live_hand &acting, key power) : hand(acting), power_key(pow
 }
 
 live_keys::~live_keys() {
-    if (!taken()) {
+    if (!reads_keys()) {
         return;
     }
     end_request.reset();

@@ -20,7 +20,7 @@ public:
     live_keys(const live_keys &) = delete;
     live_keys &operator=(const live_keys &) = delete;
 
-    bool taken() const { return reader.joinable(); }
+    bool reads_keys() const { return reader.joinable(); }
 
 private:
     void read_keys();

@@ -11,7 +11,7 @@ namespace simulator {
 
 // A pipe of the desk that is not inherited by the programs it starts.
 struct pipe_pair {
-    pipe_pair() : pipe_pair(made()) {}
+    pipe_pair() : pipe_pair(make_pipe()) {}
 
     renewer::owned_descriptor read_end;
     renewer::owned_descriptor write_end;
@@ -19,7 +19,7 @@ struct pipe_pair {
 private:
     explicit pipe_pair(std::array<int, 2> ends) : read_end(ends[0]), write_end(ends[1]) {}
 
-    static std::array<int, 2> made() {
+    static std::array<int, 2> make_pipe() {
         std::array<int, 2> ends;
         if (pipe2(ends.data(), O_CLOEXEC) != 0) {
             fail("pipe");

@@ -36,7 +36,7 @@ void send_key_event(const running_unit &running, uint16_t type, uint16_t code, i
 }
 
 // A key that is pressed or released sends its event and a synchronisation event.
-planned_action moving(const char *how, key which, int32_t value) {
+planned_action key_action(const char *how, key which, int32_t value) {
     return {how + std::string(name_of(which)), {}, [which, value](running_unit &running) {
                 send_key_event(running, 1, static_cast<uint16_t>(which), value);
                 send_key_event(running, 0, 0, 0);
@@ -55,11 +55,11 @@ planned_action planned(planned_action what, const moment &when) {
 } // namespace
 
 planned_action pressing(key which) {
-    return moving("press ", which, 1);
+    return key_action("press ", which, 1);
 }
 
 planned_action releasing(key which) {
-    return moving("release ", which, 0);
+    return key_action("release ", which, 0);
 }
 
 planned_action removing(std::string_view path) {
