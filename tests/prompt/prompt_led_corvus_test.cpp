@@ -4,12 +4,11 @@
 #include "tests/support/files.h"
 #include "tests/support/key_events.h"
 #include "tests/support/printed.h"
+#include "tests/support/thread_calls.h"
 
 #include <csignal>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <iterator>
-#include <pthread.h>
 #include <set>
 #include <sstream>
 #include <string>
@@ -17,16 +16,6 @@
 #include <unistd.h>
 
 using namespace renewer;
-
-static int joins = 0;
-
-// In front of the C library's: counts the threads that are joined.
-extern "C" int pthread_join(pthread_t thread, void **result) {
-    ++joins;
-    static const auto next =
-        reinterpret_cast<decltype(&pthread_join)>(dlsym(RTLD_NEXT, "pthread_join"));
-    return next(thread, result);
-}
 
 namespace {
 
@@ -132,11 +121,7 @@ TEST(prompt_led_corvus, thread_that_cannot_be_started_is_not_joined) {
     make_leds();
     make_host("1013563400120000");
     const std::set<std::string> before = threads_at_rest();
-    pthread_attr_t unaffordable;
-    pthread_attr_init(&unaffordable);
-    pthread_attr_setstacksize(&unaffordable, size_t{3} << (8 * sizeof(size_t) - 2));
-    ASSERT_EQ(pthread_setattr_default_np(&unaffordable), 0);
-
+    threads_can_start = false;
     EXPECT_EQ(reply_of(prompt_updating_screen_corvus),
               (reply{1, coming,
                      "====create led_thread_fun error\n: Resource temporarily unavailable\n"}));

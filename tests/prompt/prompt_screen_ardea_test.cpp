@@ -8,36 +8,15 @@
 #include "tests/support/key_events.h"
 #include "tests/support/pictures.h"
 #include "tests/support/printed.h"
+#include "tests/support/thread_calls.h"
 
-#include <cerrno>
 #include <condition_variable>
 #include <fcntl.h>
 #include <mutex>
 #include <poll.h>
-#include <pthread.h>
 #include <utility>
 
 using namespace renewer;
-
-namespace {
-
-bool threads_can_start = true;
-int joins = 0;
-
-} // namespace
-
-// The linker redirects the program's calls of pthread_create and pthread_join to these.
-extern "C" int __real_pthread_create(pthread_t *, const pthread_attr_t *, void *(*)(void *),
-                                     void *);
-extern "C" int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
-                                     void *(*body)(void *), void *argument) {
-    return threads_can_start ? __real_pthread_create(thread, attributes, body, argument) : EAGAIN;
-}
-extern "C" int __real_pthread_join(pthread_t, void **);
-extern "C" int __wrap_pthread_join(pthread_t thread, void **result) {
-    ++joins;
-    return __real_pthread_join(thread, result);
-}
 
 namespace {
 
