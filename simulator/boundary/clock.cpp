@@ -58,11 +58,10 @@ int select(int count, fd_set *reads, fd_set *writes, fd_set *others, timeval *li
     if (limit == nullptr) {
         return wait_for(count, reads, writes, others, nullptr);
     }
-    double left = seconds_of({limit->tv_sec, limit->tv_usec * 1000});
+    double left = seconds_of(*limit);
     report_span("wait", left);
     const int result = wait_for(count, reads, writes, others, &left);
-    const timespec rest = timespec_of(left);
-    *limit = {rest.tv_sec, static_cast<suseconds_t>(rest.tv_nsec / 1000)};
+    *limit = timeval_of(left);
     return result;
 }
 

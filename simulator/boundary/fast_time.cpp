@@ -4,6 +4,7 @@
 #include "simulator/boundary/protocol.h"
 #include "simulator/boundary/time.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <sys/time.h>
 #include <unistd.h>
@@ -21,15 +22,6 @@ double speed = 1;
     }
 }
 
-timeval desk_span(double unit_seconds) {
-    const timespec span = timespec_of(unit_seconds / speed);
-    return {span.tv_sec, static_cast<suseconds_t>(span.tv_nsec / 1000)};
-}
-
-double unit_span(const timeval &desk) {
-    return seconds_of({desk.tv_sec, desk.tv_usec * 1000}) * speed;
-}
-
 } // namespace
 
 double pass(double seconds) {
@@ -44,9 +36,9 @@ int wait_for(int count, fd_set *reads, fd_set *writes, fd_set *others, double *s
     if (seconds == nullptr) {
         return real(count, reads, writes, others, nullptr);
     }
-    timeval left = desk_span(*seconds);
+    timeval left = timeval_of(*seconds / speed);
     const int result = real(count, reads, writes, others, &left);
-    *seconds = unit_span(left);
+    *seconds = seconds_of(left) * speed;
     return result;
 }
 
@@ -56,12 +48,14 @@ timespec unit_time(const timespec &desk) {
 
 } // namespace boundary
 
+using namespace boundary;
+
 extern "C" unsigned alarm(unsigned span) {
-    boundary::report_span("alarm", span);
+    report_span("alarm", span);
     constexpr unsigned longest =
         100'000'000; // far beyond any run, and small enough for the desk's timer
-    const itimerval timer = {{}, boundary::desk_span(span < longest ? span : longest)};
+    const itimerval timer = {{}, timeval_of(std::min(span, longest) / speed)};
     itimerval before = {};
     setitimer(ITIMER_REAL, &timer, &before);
-    return static_cast<unsigned>(boundary::unit_span(before.it_value) + 0.999);
+    return static_cast<unsigned>(seconds_of(before.it_value) * speed + 0.999);
 }

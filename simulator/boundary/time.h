@@ -10,9 +10,18 @@ inline double seconds_of(const timespec &time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
+inline double seconds_of(const timeval &time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
 inline timespec timespec_of(double seconds) {
     const auto whole = static_cast<time_t>(seconds);
     return {whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e9)};
+}
+
+inline timeval timeval_of(double seconds) {
+    const timespec time = timespec_of(seconds);
+    return {time.tv_sec, static_cast<suseconds_t>(time.tv_nsec / 1000)};
 }
 
 // Waits for `seconds`. Returns what is left of them if a signal ended the wait early, else 0.
