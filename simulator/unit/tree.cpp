@@ -176,10 +176,6 @@ unit &unit::with_prompt_pictures() {
     return *this;
 }
 
-unit &unit::dead_key_device() {
-    return without(key_device_path).file(key_device_path, "");
-}
-
 unit &unit::failing_key_device() {
     return without(key_device_path)
         .directory(key_device_path); // read(2) of a directory fails with EISDIR

@@ -75,9 +75,7 @@ public:
     // Puts the desk's prompt pictures into "/reserve/update" (confirm, updating frames, results).
     unit &with_prompt_pictures();
 
-    // The key device: always readable but with 0 bytes to read (a dead device), or every read
-    // fails, or there is none (`without("/dev/input/event1")`).
-    unit &dead_key_device();
+    // Every read of the key device fails; without("/dev/input/event1") there is none.
     unit &failing_key_device();
 
     // What happens during the run. Key events are stamped with 1000 s plus the moment's delay. A
