@@ -109,4 +109,4 @@ def main(renewer, pack, mebibytes, work):
 
 programs = [pathlib.Path(program).resolve() for program in sys.argv[1:3]]
 with tempfile.TemporaryDirectory() as directory:
-    main(*programs, int((sys.argv + ["256"])[3]), pathlib.Path(directory))
+    main(*programs, int(sys.argv[3]) if len(sys.argv) > 3 else 256, pathlib.Path(directory))
