@@ -52,7 +52,7 @@ constexpr std::array<std::string_view, 12> stages = {
     "starting the install script",
     "running the install script",
     "running the install script once more",
-    "replacing the updater's own copy and output_style the result",
+    "replacing the updater's own copy and showing the result",
     "waiting for the application's acknowledgement",
     "restarting the unit",
 };
