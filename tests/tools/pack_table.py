@@ -13,6 +13,7 @@ import json
 import os
 import re
 import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -102,6 +103,7 @@ def main():
     program, schema = os.path.abspath(sys.argv[1]), json.load(open(sys.argv[2], encoding="utf-8"))
     os.environ["PATH"] = os.path.dirname(program) + ":" + os.environ["PATH"]
     os.umask(0o022)
+    signal.signal(signal.SIGHUP, signal.SIG_DFL)  # nohup(1) ignores it, and rows send it
     tables = [os.path.abspath(table) for table in sys.argv[3:]]
     sys.exit(1 if sum(run(table, schema) for table in tables) else 0)
 
