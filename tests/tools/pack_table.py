@@ -103,7 +103,8 @@ def main():
     program, schema = os.path.abspath(sys.argv[1]), json.load(open(sys.argv[2], encoding="utf-8"))
     os.environ["PATH"] = os.path.dirname(program) + ":" + os.environ["PATH"]
     os.umask(0o022)
-    signal.signal(signal.SIGHUP, signal.SIG_DFL)  # nohup(1) ignores it, and rows send it
+    for sent in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
+        signal.signal(sent, signal.SIG_DFL)  # the starter may ignore what rows send
     tables = [os.path.abspath(table) for table in sys.argv[3:]]
     sys.exit(1 if sum(run(table, schema) for table in tables) else 0)
 
