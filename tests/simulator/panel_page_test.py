@@ -142,7 +142,6 @@ STORIES = [
         "another package",
         [
             "package update_b20240523.bin",
-            "status The unit is checking",
             "see asked",
             "package broken",
             "status REFUSED (package",
