@@ -104,7 +104,8 @@ TEST(self_copy, both_are_the_new_updater_or_what_they_were) {
          std::string(first_flush) + replaced_whole},
         {"commands that end half-way", 4000, 200, false, 9, half_a_copy, "new", "new", ""},
         {"commands that do nothing", 4000, 200, true, 9, "#!/bin/sh\n", "new", "new", ""},
-        {"runs, no room", busy + 100, 200, true, 0, nullptr, "old", "none", ""},
+        {"runs, no room, for the old one neither", busy + 20, 200, true, 0, nullptr, "old", "none",
+         ""},
         {"room for one", 400, 250, false, 60, nullptr, "new", "old", ""},
         {"room for none", 400, 500, false, 100, nullptr, "old", "old", ""},
     };
